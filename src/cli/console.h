@@ -1,0 +1,37 @@
+// What a command has of the terminal it was started from.
+
+#pragma once
+
+#include <atomic>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace sonorelle {
+
+enum ExitCode : int {
+    kExitDone = 0,
+    kExitFailed = 1,     // at least one file failed; the others were done
+    kExitWrongUse = 2,   // nothing was done
+    kExitCancelled = 130 // by Ctrl-C; the number that shells give a program that it ended
+};
+
+struct Console {
+    std::FILE* out = nullptr;
+    std::FILE* err = nullptr;
+    // Set from a signal handler; commands look at it between their steps.
+    const std::atomic<bool>* cancelled = nullptr;
+
+    bool IsCancelled() const { return cancelled != nullptr && cancelled->load(std::memory_order_relaxed); }
+    // Columns of the terminal that `err` is; 0 when it is none.
+    int ErrorColumns() const;
+    // False when not everything was taken, as by a full disk.
+    bool Write(std::string_view text) const;
+    // Brings what was written on its way. False when something of it was lost, now or before.
+    bool Flush() const;
+    // "sonorelle: NAME: TEXT", or "sonorelle: TEXT" when the name is empty, on `err`. Control characters of
+    // either are escaped, so that a hostile file name cannot steer the terminal.
+    void Complain(std::string_view name, std::string_view text) const;
+};
+
+} // namespace sonorelle
