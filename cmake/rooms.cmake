@@ -3,14 +3,30 @@
 # Makes src/NAME a static library. The folder is reached as "NAME/file.h" through a directory that holds nothing else, so
 # that including a header of another room works only when this room names it in USES. What a room uses is not handed on to
 # its own users: they name what they need.
+#
+# PART_OF FOLDER FILES pattern...: the room is only these files of src/FOLDER, which others may see without the rest of it.
 function(sonorelle_room name)
-  cmake_parse_arguments(ROOM "" "" "USES;SYSTEM" ${ARGN})
+  cmake_parse_arguments(ROOM "" "PART_OF" "USES;SYSTEM;FILES" ${ARGN})
   set(view ${CMAKE_BINARY_DIR}/rooms/${name})
   file(MAKE_DIRECTORY ${view})
-  file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${view}/${name} SYMBOLIC)
-
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
-  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  if(ROOM_PART_OF)
+    list(TRANSFORM ROOM_FILES PREPEND ${CMAKE_SOURCE_DIR}/src/${ROOM_PART_OF}/)
+    file(GLOB files CONFIGURE_DEPENDS ${ROOM_FILES})
+    file(MAKE_DIRECTORY ${view}/${ROOM_PART_OF})
+    foreach(file ${files})
+      get_filename_component(file_name ${file} NAME)
+      file(CREATE_LINK ${file} ${view}/${ROOM_PART_OF}/${file_name} SYMBOLIC)
+    endforeach()
+    set(sources ${files})
+    list(FILTER sources INCLUDE REGEX "\\.cpp$")
+  else()
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${view}/${name} SYMBOLIC)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
+    list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  endif()
+  if(NOT sources)
+    return()
+  endif()
   set(target sonorelle_${name})
   add_library(${target} STATIC ${sources})
   target_include_directories(${target} PUBLIC ${view})

@@ -33,7 +33,6 @@ constexpr const char* kCannotAnalyse = "Could not analyse this file!";
 constexpr const char* kRateTooHigh = "Samplerate of 256kHz and above not supported!";
 constexpr const char* kCancelledText = "Cancelled.";
 constexpr const char* kCannotWriteFile = "Could not write file!";
-constexpr const char* kStandardOutput = "standard output";
 
 constexpr std::int32_t kMostChannels = 2;
 constexpr float kLowestRate = 11025;
@@ -105,8 +104,13 @@ private:
     enum class FileResult { kDone, kFailed, kCancelled };
 
     bool OpenResults();
+    // False when the reader of standard output has left and no other result is wanted.
+    bool SomebodyCares() const {
+        return output_ != Written::kNobodyReads || json_.IsWanted() || csv_.IsWanted() || picture_.IsWanted();
+    }
     FileResult AnalyseFile(std::size_t index);
     AnalysisOutcome AnalyseWithProgress(std::size_t index, CMelodyAnalyzer& analyzer);
+    void Print(const std::string& text);
     void Publish(const MelodyReport& report);
     bool CommitResults();
     FileResult Fail(const std::string& file, const char* text) {
@@ -119,27 +123,24 @@ private:
     ResultFile json_;
     ResultFile csv_;
     ResultFile picture_;
-    std::size_t published_ = 0;
+    std::size_t published_ = 0;      // recordings
+    Written output_ = Written::kYes; // what became of standard output
 };
 
 int AnalyseRun::Run() {
     if (!OpenResults()) return kExitFailed;
     bool failed = false;
-    for (std::size_t i = 0; i < options_.files.size(); ++i) {
+    for (std::size_t i = 0; i < options_.files.size() && SomebodyCares(); ++i) {
         const FileResult result = AnalyseFile(i);
         if (result == FileResult::kCancelled) {
-            console_.Flush();
             console_.Complain(options_.files[i], kCancelledText);
             return kExitCancelled;
         }
         failed = failed || result == FileResult::kFailed;
     }
-    if (!console_.Flush()) {
-        console_.Complain(kStandardOutput, kCannotWriteFile);
-        failed = true;
-    }
     if (published_ > 0 && !CommitResults()) failed = true;
-    return failed ? kExitFailed : kExitDone;
+    const int outputCode = console_.ExitCodeOf(output_);
+    return failed ? kExitFailed : outputCode;
 }
 
 bool AnalyseRun::OpenResults() {
@@ -184,16 +185,21 @@ AnalysisOutcome AnalyseRun::AnalyseWithProgress(std::size_t index, CMelodyAnalyz
     });
 }
 
+void AnalyseRun::Print(const std::string& text) {
+    if (output_ == Written::kYes) output_ = console_.Write(text);
+}
+
 void AnalyseRun::Publish(const MelodyReport& report) {
     const bool several = options_.files.size() > 1;
+    const bool isFirst = published_ == 0;
     if (options_.json) {
-        console_.Write(FormatJson(report));
+        Print(FormatJson(report));
     } else if (options_.csv) {
-        if (published_ == 0) console_.Write(CsvHeading(several));
-        console_.Write(FormatCsv(report, several));
+        if (isFirst) Print(CsvHeading(several));
+        Print(FormatCsv(report, several));
     } else {
-        if (published_ > 0) console_.Write("\n");
-        console_.Write(FormatTable(report));
+        if (!isFirst) Print("\n");
+        Print(FormatTable(report));
     }
     if (json_.IsWanted()) json_.Write(FormatJson(report));
     if (csv_.IsWanted()) csv_.Write(FormatCsv(report, several));

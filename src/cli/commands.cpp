@@ -89,13 +89,6 @@ int WrongUse(const Console& console, const CLI::App* command, const std::string&
     return kExitWrongUse;
 }
 
-int Print(const Console& console, const std::string& text) {
-    const bool taken = console.Write(text);
-    if (console.Flush() && taken) return kExitDone;
-    console.Complain("standard output", "Could not write file!");
-    return kExitFailed;
-}
-
 int ParseAndRun(const std::vector<std::string>& arguments, const Console& console) {
     CLI::App program(kDescription, kProgram);
     program.footer(kFooter);
@@ -113,9 +106,9 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Console& consol
         std::reverse(reversed.begin(), reversed.end());
         program.parse(std::move(reversed));
     } catch (const CLI::CallForHelp&) {
-        return Print(console, program.help());
+        return console.ExitCodeOf(console.Write(program.help()));
     } catch (const CLI::CallForVersion& version) {
-        return Print(console, version.what() + std::string("\n"));
+        return console.ExitCodeOf(console.Write(version.what() + std::string("\n")));
     } catch (const CLI::ParseError& error) {
         return WrongUse(console, chosen(), error.what());
     }

@@ -2,6 +2,7 @@
 
 #include "cli/unicode_text.h"
 
+#include <cerrno>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -22,11 +23,19 @@ int Console::ErrorColumns() const {
     return size.ws_col;
 }
 
-bool Console::Write(std::string_view text) const {
-    return std::fwrite(text.data(), 1, text.size(), out) == text.size();
+Written Console::Write(std::string_view text) const {
+    errno = 0;
+    if (std::fwrite(text.data(), 1, text.size(), out) == text.size() && std::fflush(out) == 0)
+        return Written::kYes;
+    return errno == EPIPE ? Written::kNobodyReads : Written::kNo;
 }
 
-bool Console::Flush() const { return std::fflush(out) == 0 && std::ferror(out) == 0; }
+int Console::ExitCodeOf(Written written) const {
+    if (written == Written::kYes) return kExitDone;
+    if (written == Written::kNobodyReads) return kExitNobodyReads;
+    Complain("standard output", "Could not write file!");
+    return kExitFailed;
+}
 
 void Console::Complain(std::string_view name, std::string_view text) const {
     std::string line = "sonorelle: ";

@@ -11,9 +11,16 @@ namespace sonorelle {
 
 enum ExitCode : int {
     kExitDone = 0,
-    kExitFailed = 1,     // at least one file failed; the others were done
-    kExitWrongUse = 2,   // nothing was done
-    kExitCancelled = 130 // by Ctrl-C; the number that shells give a program that it ended
+    kExitFailed = 1,       // at least one file failed; the others were done
+    kExitWrongUse = 2,     // nothing was done
+    kExitCancelled = 130,  // by Ctrl-C; the number that shells give a program that it ended
+    kExitNobodyReads = 141 // the reader of standard output left early; likewise
+};
+
+enum class Written {
+    kYes,
+    kNobodyReads, // the other end of a pipe is closed, as by `| head`
+    kNo           // as by a full disk
 };
 
 struct Console {
@@ -25,10 +32,10 @@ struct Console {
     bool IsCancelled() const { return cancelled != nullptr && cancelled->load(std::memory_order_relaxed); }
     // Columns of the terminal that `err` is; 0 when it is none.
     int ErrorColumns() const;
-    // False when not everything was taken, as by a full disk.
-    bool Write(std::string_view text) const;
-    // Brings what was written on its way. False when something of it was lost, now or before.
-    bool Flush() const;
+    // Brings the text on its way at once. Needs a program that ignores SIGPIPE to tell that nobody reads.
+    Written Write(std::string_view text) const;
+    // The exit code after a last answer of Write; complains when something was lost.
+    int ExitCodeOf(Written written) const;
     // "sonorelle: NAME: TEXT", or "sonorelle: TEXT" when the name is empty, on `err`. Control characters of
     // either are escaped, so that a hostile file name cannot steer the terminal.
     void Complain(std::string_view name, std::string_view text) const;
