@@ -12,6 +12,11 @@ target_compile_options(sonorelle_flags INTERFACE
 
 set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
 
+if(SONORELLE_FUZZ)
+  # So that the fuzzers see which ways the input takes through the libraries.
+  target_compile_options(sonorelle_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(SONORELLE_SANITIZE)
   target_compile_options(sonorelle_flags INTERFACE
     -fsanitize=${SONORELLE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -5,8 +5,9 @@
 # its own users: they name what they need.
 #
 # PART_OF FOLDER FILES pattern...: the room is only these files of src/FOLDER, which others may see without the rest of it.
+# WITHOUT prefix: files of the folder that begin so belong to such a part.
 function(sonorelle_room name)
-  cmake_parse_arguments(ROOM "" "PART_OF" "USES;SYSTEM;FILES" ${ARGN})
+  cmake_parse_arguments(ROOM "" "PART_OF;WITHOUT" "USES;SYSTEM;FILES" ${ARGN})
   set(view ${CMAKE_BINARY_DIR}/rooms/${name})
   file(MAKE_DIRECTORY ${view})
   if(ROOM_PART_OF)
@@ -23,6 +24,9 @@ function(sonorelle_room name)
     file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${view}/${name} SYMBOLIC)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+    if(ROOM_WITHOUT)
+      list(FILTER sources EXCLUDE REGEX "/${ROOM_WITHOUT}[^/]*$")
+    endif()
   endif()
   if(NOT sources)
     return()

@@ -58,8 +58,8 @@ std::int32_t CMelodyAnalyzer::ReadCacheHeader() {
     noteCount = header.noteCount;
     if (!IsMelodyCache(header, file->Length())) return -1;
 
-    // The file system's times alone decide, in its finest unit: the stamp inside tells when the cache was written, and a
-    // copied or restored folder would make it lie. Equal times count as stale.
+    // The file system's times alone decide, in its finest unit: the stamp inside tells when the cache was
+    // written, and a copied or restored folder would make it lie. Equal times count as stale.
     std::int64_t audioTime = 0;
     std::int64_t cacheTime = 0;
     if (!FileModificationTimeNanoseconds(cachePath, cacheTime)) return -1;
@@ -84,9 +84,14 @@ std::int32_t CMelodyAnalyzer::LoadCache() {
         header.markCount = markCount;
         header.noteCount = noteCount;
         MelodyCacheContent content;
-        if (!ReadMelodyCacheContent(*file, header, content) || !IsPlausible(content, audio->GetLength())) return 0;
-        if (!CreateMarks() || marks->SetData(content.marks.data(), static_cast<std::int32_t>(markCount)) != kOk) return 0;
-        if (!CreateAnalysis() || analysis->SetNotes(content.notes.data(), static_cast<std::int32_t>(noteCount)) != kOk) {
+        if (!FitsRecording(header, audio->GetLength())) return 0;
+        if (!ReadMelodyCacheContent(*file, header, content) || !IsPlausible(content, audio->GetLength()))
+            return 0;
+        if (!CreateMarks() ||
+            marks->SetData(content.marks.data(), static_cast<std::int32_t>(markCount)) != kOk)
+            return 0;
+        if (!CreateAnalysis() ||
+            analysis->SetNotes(content.notes.data(), static_cast<std::int32_t>(noteCount)) != kOk) {
             marks.reset();
             analysis.reset();
             return 0;
@@ -166,7 +171,8 @@ std::int32_t CMelodyAnalyzer::RunReadingStep(std::int32_t read) {
 }
 
 void CMelodyAnalyzer::ReadPeak(std::int32_t read) {
-    for (const std::vector<float>& buffer : blockBuffers) peak = std::max(peak, LargestMagnitude(buffer.data(), read));
+    for (const std::vector<float>& buffer : blockBuffers)
+        peak = std::max(peak, LargestMagnitude(buffer.data(), read));
 }
 
 void CMelodyAnalyzer::AnalyseBlock(std::int32_t read) {
@@ -192,6 +198,8 @@ std::int32_t CMelodyAnalyzer::StoreResults(bool write) {
 std::int32_t CMelodyAnalyzer::GetBlockCount() const {
     return audio != nullptr ? audio->GetLength() / kBlockLength : 0;
 }
+
+std::int32_t CMelodyAnalyzer::GetLength() const { return audio != nullptr ? audio->GetLength() : 0; }
 
 std::int32_t CMelodyAnalyzer::GetAudioFile(CkvoAudioFile*& file) const {
     if (audio == nullptr || !audio->IsOpen()) return kCannotOpen;

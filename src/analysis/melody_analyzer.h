@@ -64,6 +64,7 @@ public:
     std::int32_t StoreResults(bool write);
 
     std::int32_t GetBlockCount() const; // length in frames / 1024
+    std::int32_t GetLength() const;     // frames of the attached file; 0 without one
     std::int32_t GetAudioFile(CkvoAudioFile*& file) const; // 0 or kCannotOpen
     CPitchMarks* GetMarks() const;
     std::int32_t GetFrames(const AnalysisFrame*& records) const; // count

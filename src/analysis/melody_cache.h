@@ -45,16 +45,21 @@ bool ReadMelodyCacheHeader(const CRegularFile& file, MelodyCacheHeader& header);
 // Whether the magic is right, there is a mark, and the file is just as long as the counts say.
 bool IsMelodyCache(const MelodyCacheHeader& header, std::int64_t fileSize);
 
-// Reads what lies behind a header that IsMelodyCache holds for. False when the file does not give it all. May throw
-// std::bad_alloc.
-bool ReadMelodyCacheContent(const CRegularFile& file, const MelodyCacheHeader& header, MelodyCacheContent& content);
+// Whether a recording of `length` frames can have so many marks and notes. Asked before room is made for
+// them: a file with holes may be far longer than its disk.
+bool FitsRecording(const MelodyCacheHeader& header, std::int32_t length);
 
-// Whether marks and notes can be those of a recording of `length` frames: marks rise strictly from 0 and lie within it, all
-// numbers are finite, every note lies within it and its frames are marks.
+// Reads what lies behind a header that IsMelodyCache holds for. False when the file does not give it all. May
+// throw std::bad_alloc.
+bool ReadMelodyCacheContent(const CRegularFile& file, const MelodyCacheHeader& header,
+                            MelodyCacheContent& content);
+
+// Whether marks and notes can be those of a recording of `length` frames: marks rise strictly from 0 and lie
+// within it, all numbers are finite, every note lies within it and its frames are marks.
 bool IsPlausible(const MelodyCacheContent& content, std::int32_t length);
 
-// Writes a cache, replacing an old one whole; the counts come from the arrays. False when that failed; an old one is then
-// untouched.
+// Writes a cache, replacing an old one whole; the counts come from the arrays. False when that failed; an old
+// one is then untouched.
 bool WriteMelodyCache(const std::string& path, std::int64_t timeStamp, std::span<const PitchMarkRecord> marks,
                       std::span<const NoteRecord> notes);
 
