@@ -79,7 +79,8 @@ void AnalysisJob::Cancel() { state->cancelled.store(true, std::memory_order_rela
 
 bool AnalysisJob::WaitFor(std::chrono::milliseconds time) {
     std::unique_lock guard(state->mutex);
-    return state->ended.wait_for(guard, time, [this] { return !state->running.load(std::memory_order_relaxed); });
+    return state->ended.wait_for(guard, time,
+                                 [this] { return !state->running.load(std::memory_order_relaxed); });
 }
 
 std::int32_t AnalysisJob::Join() {
@@ -96,10 +97,14 @@ AnalysisOutcome AnalyseMelody(CMelodyAnalyzer& analyzer, bool useCache, const An
         analyzer.CloseCache();
     }
     AnalysisJob job(analyzer);
+    // Who cancels gets no results, also when the last step was done before the job heard of it.
+    bool cancelled = false;
     do {
-        if (poll && !poll(job.GetPercent())) job.Cancel();
+        if (!poll || poll(job.GetPercent())) continue;
+        cancelled = true;
+        job.Cancel();
     } while (!job.WaitFor(kPollInterval));
-    if (job.Join() != 0) return AnalysisOutcome::kCancelled;
+    if (job.Join() != 0 || cancelled) return AnalysisOutcome::kCancelled;
     if (poll) poll(job.GetPercent());
     if (!analyzer.IsAnalysed()) return AnalysisOutcome::kFailed;
     return analyzer.StoreResults(cacheable) != 0 ? AnalysisOutcome::kWritten : AnalysisOutcome::kComputed;

@@ -11,8 +11,8 @@ namespace sonorelle {
 
 class CMelodyAnalyzer;
 
-// Maps the results of CMelodyAnalyzer::RunStep to the percentage that a progress bar shows: the two passes over the file
-// fill the first half, the nine stages the second.
+// Maps the results of CMelodyAnalyzer::RunStep to the percentage that a progress bar shows: the two passes
+// over the file fill the first half, the nine stages the second.
 class AnalysisProgress {
 public:
     // `blocks`: CMelodyAnalyzer::GetBlockCount() of the file.
@@ -26,8 +26,8 @@ private:
     std::int32_t second = 0; // other steps so far
 };
 
-// Starts on construction; destruction cancels it and waits for its end. The analyzer must be attached, and is touched by nobody else
-// before `IsRunning` is false.
+// Starts on construction; destruction cancels it and waits for its end. The analyzer must be attached, and is
+// touched by nobody else before `IsRunning` is false.
 class AnalysisJob {
 public:
     explicit AnalysisJob(CMelodyAnalyzer& analyzer);
@@ -53,15 +53,15 @@ enum class AnalysisOutcome {
     kWritten,   // analysed, and the cache written
     kComputed,  // analysed; no cache was wanted, or it could not be written
     kCancelled, // no results, no cache
-    kFailed     // the file cannot be analysed (a sample rate or channel count outside what the analysis takes)
+    kFailed // the file cannot be analysed (a sample rate or channel count outside what the analysis takes)
 };
 
 // Called on the caller's thread every few milliseconds while a job runs; false cancels the job.
 using AnalysisPoll = std::function<bool(std::int32_t percent)>;
 
-// The whole road of one attached file: from a valid cache at once, else by a job. `useCache` 0 neither reads nor writes
-// one; a section of a file (CkvoAudioFile::HasLimits) never does. After kLoaded, kWritten and kComputed the analyzer's
-// results are there.
+// The whole road of one attached file: from a valid cache at once, else by a job. `useCache` 0 neither reads
+// nor writes one; a section of a file (CkvoAudioFile::HasLimits) never does. After kLoaded, kWritten and
+// kComputed the analyzer's results are there.
 AnalysisOutcome AnalyseMelody(CMelodyAnalyzer& analyzer, bool useCache, const AnalysisPoll& poll);
 
 } // namespace sonorelle

@@ -7,7 +7,7 @@
 namespace sonorelle {
 
 struct AnalysisLengths {
-    float sampleRate = 44100; // Hz
+    float sampleRate = 44100;     // Hz
     std::int32_t longWindow = 0;  // 0.2 s: more than one period of any vibrato
     std::int32_t shortWindow = 0; // 0.025 s: what is shorter is no run of voice
     std::int32_t window = 0;      // 0.1 s

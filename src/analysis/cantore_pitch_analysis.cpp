@@ -10,6 +10,7 @@
 #include <cmath>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace sonorelle {
 
@@ -20,13 +21,14 @@ constexpr float kHighestRate = 256000.0F; // Hz, excluded
 constexpr std::int32_t kMostChannels = 47;
 
 constexpr std::int32_t kMarkFinderBlock = 2048;
-constexpr float kPitchTolerance = 0.75F;  // semitones
+constexpr float kPitchTolerance = 0.75F; // semitones
 constexpr float kMinNoteSeconds = 0.042F;
 constexpr float kMaxGapSeconds = 0.092F;
 constexpr float kReserveSeconds = 0.184F;
 
 // Containers throw when memory fails; here a stage that cannot run gives a code.
-template<class Work> std::int32_t WithinMemory(Work work) {
+template<class Work>
+std::int32_t WithinMemory(Work work) {
     try {
         work();
         return kOk;
@@ -77,34 +79,38 @@ std::int32_t CCANTOREPitchAnalysis::Reset() {
 
 std::int32_t CCANTOREPitchAnalysis::RunStage(std::int32_t index) {
     switch (index) {
-    case 0: return BuildFramesFromMarks();
-    case 1: return WithinMemory([&] { NormaliseLevels(frames); });
+    case 0:
+        return BuildFramesFromMarks();
+    case 1:
+        return WithinMemory([&] { NormaliseLevels(frames); });
     case 2:
         return WithinMemory([&] {
             CutOctaveJumps(frames, lengths);
             frames1 = frames;
         });
-    case 3: return WithinMemory([&] { FlattenVibrato(frames, frames1, lengths); });
+    case 3:
+        return WithinMemory([&] { FlattenVibrato(frames, frames1, lengths); });
     case 4:
         return WithinMemory([&] {
             BridgeDeviations(frames1, lengths);
             frames2 = frames1;
         });
-    case 5: return WithinMemory([&] { SmoothByMedian(frames1, frames2, lengths); });
-    case 6: return WithinMemory([&] { SplitAtSteps(frames2, lengths); });
-    case 7: return WithinMemory([&] { notes = BuildNotes(frames, frames2); });
-    case 8: return WithinMemory([&] { CleanUpNotes(notes, frames, rules); });
-    default: return kOk;
+    case 5:
+        return WithinMemory([&] { SmoothByMedian(frames1, frames2, lengths); });
+    case 6:
+        return WithinMemory([&] { SplitAtSteps(frames2, lengths); });
+    case 7:
+        return WithinMemory([&] { notes = BuildNotes(frames, frames2); });
+    case 8:
+        return WithinMemory([&] { CleanUpNotes(notes, frames, rules); });
+    default:
+        return kOk;
     }
 }
 
 std::int32_t CCANTOREPitchAnalysis::BuildFramesFromMarks() {
     if (marks->GetCount() < 1) return kNothingThere;
-    return WithinMemory([&] {
-        frames = FramesFromMarks(*marks, lengths.sampleRate);
-        frames1 = frames;
-        frames2 = frames;
-    });
+    return WithinMemory([&] { TakeFrames(FramesFromMarks(*marks, lengths.sampleRate)); });
 }
 
 std::int32_t CCANTOREPitchAnalysis::RunAllStages() {
@@ -124,13 +130,15 @@ std::int32_t CCANTOREPitchAnalysis::GetFrames(const AnalysisFrame*& records) con
     return static_cast<std::int32_t>(frames.size());
 }
 
-std::int32_t CCANTOREPitchAnalysis::MeasureRange(float& pitch, float& level, std::int32_t first, std::int32_t last) {
+std::int32_t CCANTOREPitchAnalysis::MeasureRange(float& pitch, float& level, std::int32_t first,
+                                                 std::int32_t last) {
     const auto count = static_cast<std::int32_t>(frames.size());
     if (first < 0 || first > last || last >= count) return kBadArgument;
-    float sum = 0;
-    for (std::int32_t i = first; i < last; ++i) sum += frames[static_cast<std::size_t>(i)].level;
+    double sum = 0;
+    for (std::int32_t i = first; i < last; ++i)
+        sum += static_cast<double>(frames[static_cast<std::size_t>(i)].level);
     pitch = GetMeanPitch(frames.data(), first, last);
-    level = sum / static_cast<float>(last - first);
+    level = static_cast<float>(sum / (last - first));
     return kOk;
 }
 
@@ -152,19 +160,27 @@ std::int32_t CCANTOREPitchAnalysis::EstimateKey(std::int32_t offset) {
 std::int32_t CCANTOREPitchAnalysis::SetFrames(const AnalysisFrame* records, std::int32_t count) {
     if (count < 0 || (records == nullptr && count > 0)) return kBadArgument;
     return WithinMemory([&] {
-        frames.assign(records, records + count);
-        // The later stages take all three for one length.
-        frames1 = frames;
-        frames2 = frames;
+        // A copy first: the records may be the very ones that GetFrames gave out.
+        TakeFrames(std::vector<AnalysisFrame>(records, records + count));
     });
+}
+
+void CCANTOREPitchAnalysis::TakeFrames(std::vector<AnalysisFrame> taken) {
+    // All copies or none: the later stages take the three lists for one length.
+    std::vector<AnalysisFrame> flattened = taken;
+    std::vector<AnalysisFrame> smoothed = taken;
+    frames = std::move(taken);
+    frames1 = std::move(flattened);
+    frames2 = std::move(smoothed);
 }
 
 std::int32_t CCANTOREPitchAnalysis::SetNotes(const NoteRecord* records, std::int32_t count) {
     if (count < 0 || (records == nullptr && count > 0)) return kBadArgument;
-    return WithinMemory([&] { notes.assign(records, records + count); });
+    return WithinMemory([&] { notes = std::vector<NoteRecord>(records, records + count); });
 }
 
-float CCANTOREPitchAnalysis::GetMeanPitch(const AnalysisFrame* frameArray, std::int32_t first, std::int32_t last) {
+float CCANTOREPitchAnalysis::GetMeanPitch(const AnalysisFrame* frameArray, std::int32_t first,
+                                          std::int32_t last) {
     return MeanPitch(frameArray, first, last, false, scratchValues);
 }
 
@@ -173,7 +189,9 @@ void CCANTOREPitchAnalysis::SetVoicingThreshold(float decibels) { markFinder->Se
 float CCANTOREPitchAnalysis::GetVoicingThreshold() const { return markFinder->GetVoicingThreshold(); }
 
 std::int32_t CCANTOREPitchAnalysis::ToFrames(float seconds) const {
-    return TruncateToI32(std::floor(static_cast<double>(seconds) * static_cast<double>(lengths.sampleRate)));
+    // An f32 product: what f32 keeps of 0.042 s lies below it, and an f64 product would fall short of 2016 at
+    // 48 kHz.
+    return TruncateToI32(static_cast<double>(std::floor(seconds * lengths.sampleRate)));
 }
 
 float CCANTOREPitchAnalysis::ToSeconds(std::int32_t sampleFrames) const {

@@ -6,8 +6,8 @@
 //   3  vibrato flattened            8  notes stretched, joined, dropped
 //   4  short deviations bridged
 //
-// The raw frames keep the pitch as it was sung; `frames1` and `frames2` are copies that get smoother from stage to stage and
-// say where notes begin and end. One thread.
+// The raw frames keep the pitch as it was sung; `frames1` and `frames2` are copies that get smoother from
+// stage to stage and say where notes begin and end. One thread.
 
 #pragma once
 
@@ -39,8 +39,8 @@ public:
     std::int32_t GetNotes(const NoteRecord*& records) const override;
     std::int32_t GetFrames(const AnalysisFrame*& records) const override;
     std::int32_t MeasureRange(float& pitch, float& level, std::int32_t first, std::int32_t last) override;
-    std::int32_t ReanalyseRange(const float* const* channelBuffers, std::int32_t count, std::int32_t markIndex,
-                                float pitch) override;
+    std::int32_t ReanalyseRange(const float* const* channelBuffers, std::int32_t count,
+                                std::int32_t markIndex, float pitch) override;
     float EstimateTuning() const override;
     std::int32_t EstimateKey(std::int32_t offset) override;
     std::int32_t SetFrames(const AnalysisFrame* records, std::int32_t count) override;
@@ -65,6 +65,7 @@ public:
 
 private:
     std::int32_t BuildFramesFromMarks();
+    void TakeFrames(std::vector<AnalysisFrame> taken);
     std::int32_t ToFrames(float seconds) const;
     float ToSeconds(std::int32_t sampleFrames) const;
 
@@ -81,8 +82,8 @@ private:
     std::int32_t reserveLength = 0; // settable, used by nobody yet
 };
 
-// Makes the analysis on `marks`, which it borrows. kBadArgument for missing marks, a rate not above 7999 or not below
-// 256000 Hz, or a number of channels outside 1 to 47; kOutOfMemory; `analysis` is then untouched.
+// Makes the analysis on `marks`, which it borrows. kBadArgument for missing marks, a rate not above 7999 or
+// not below 256000 Hz, or a number of channels outside 1 to 47; kOutOfMemory; `analysis` is then untouched.
 std::int32_t CreatePitchAnalysis(std::unique_ptr<CCANTOREPitchAnalysis>& analysis, CPitchMarksIf* marks,
                                  float sampleRate, std::int32_t channels);
 

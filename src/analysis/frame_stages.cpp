@@ -46,14 +46,16 @@ void NormaliseLevels(Frames& frames) {
     float largest = 0;
     for (const AnalysisFrame& frame : frames) largest = std::max(largest, frame.level);
     const float inverse = largest > 0 ? 1.0F / largest : 0.0F;
-    const float scale = std::isfinite(inverse) ? inverse : 0.0F; // a largest level below all use counts as silence
+    const float scale =
+        std::isfinite(inverse) ? inverse : 0.0F; // a largest level below all use counts as silence
     for (AnalysisFrame& frame : frames) frame.level *= scale;
     for (std::size_t i = 0; i < frames.size(); ++i) {
         AnalysisFrame& frame = frames[i];
         if (frame.voiced != 0 && frame.level < kSilentLevel) frame.voiced = 0;
         if (i == 0) continue;
         AnalysisFrame& before = frames[i - 1];
-        if (before.voiced != 0 && frame.voiced != 0 && (frame.level - before.level) / before.level > kSuddenRise) {
+        if (before.voiced != 0 && frame.voiced != 0 &&
+            (frame.level - before.level) / before.level > kSuddenRise) {
             before.voiced = 0;
         }
     }
@@ -104,8 +106,10 @@ void BridgeDeviations(Frames& frames, const AnalysisLengths& lengths) {
         AnalysisFrame* from = &frames[Index(i)];
         if (from->voiced == 0) continue;
         const double distance = static_cast<double>(from[1].position) - from[0].position;
-        const double reach = std::floor(kBridgeSeconds * static_cast<double>(lengths.sampleRate) / distance + 0.5);
-        const auto longest = static_cast<std::int32_t>(std::clamp<double>(reach, kShortestBridge, kLongestBridge));
+        const double reach =
+            std::floor(kBridgeSeconds * static_cast<double>(lengths.sampleRate) / distance + 0.5);
+        const auto longest =
+            static_cast<std::int32_t>(std::clamp<double>(reach, kShortestBridge, kLongestBridge));
         // The range of the voiced pitches between the piers tells whether there is anything to pull at all.
         float lowest = INFINITY;
         float highest = -INFINITY;

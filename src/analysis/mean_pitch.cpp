@@ -15,6 +15,9 @@ double MeanOf(const std::vector<float>& values, std::size_t first, std::size_t e
     return sum / static_cast<double>(end - first);
 }
 
+// Rising, what is not a number last: sorting needs an order that holds for every value.
+bool ComesBefore(float a, float b) { return a < b || (std::isnan(b) && !std::isnan(a)); }
+
 } // namespace
 
 float MeanPitch(const AnalysisFrame* frames, std::int32_t first, std::int32_t last, bool stable,
@@ -23,7 +26,7 @@ float MeanPitch(const AnalysisFrame* frames, std::int32_t first, std::int32_t la
     for (std::int32_t i = first; i < last; ++i) {
         if (frames[i].voiced != 0) scratch.push_back(frames[i].pitch);
     }
-    std::sort(scratch.begin(), scratch.end());
+    std::sort(scratch.begin(), scratch.end(), ComesBefore);
     const std::size_t count = scratch.size();
     const std::size_t quarter = count >> 2;
     const bool trimmed = quarter > 1;
@@ -32,7 +35,8 @@ float MeanPitch(const AnalysisFrame* frames, std::int32_t first, std::int32_t la
     const double mean = MeanOf(scratch, begin, end);
     if (stable) {
         double deviation = 0;
-        for (std::size_t i = begin; i < end; ++i) deviation += std::fabs(static_cast<double>(scratch[i]) - mean);
+        for (std::size_t i = begin; i < end; ++i)
+            deviation += std::fabs(static_cast<double>(scratch[i]) - mean);
         if (deviation / static_cast<double>(end - begin) < kSteadyDeviation) {
             return static_cast<float>(MeanOf(scratch, 0, count));
         }
@@ -41,11 +45,13 @@ float MeanPitch(const AnalysisFrame* frames, std::int32_t first, std::int32_t la
 }
 
 LevelMeans::LevelMeans(const std::vector<AnalysisFrame>& frames) : sums(frames.size() + 1, 0.0) {
-    for (std::size_t i = 0; i < frames.size(); ++i) sums[i + 1] = sums[i] + static_cast<double>(frames[i].level);
+    for (std::size_t i = 0; i < frames.size(); ++i)
+        sums[i + 1] = sums[i] + static_cast<double>(frames[i].level);
 }
 
 float LevelMeans::Mean(std::int32_t first, std::int32_t last) const {
-    const double sum = sums[static_cast<std::size_t>(std::max(last, first))] - sums[static_cast<std::size_t>(first)];
+    const double sum =
+        sums[static_cast<std::size_t>(std::max(last, first))] - sums[static_cast<std::size_t>(first)];
     return static_cast<float>(sum / std::max(last - first, 0));
 }
 

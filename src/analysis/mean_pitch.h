@@ -9,9 +9,10 @@
 
 namespace sonorelle {
 
-// The trimmed mean pitch of the voiced frames from `first` up to below `last`: the mean of their middle half when there
-// are eight or more, of all of them when there are fewer. With `stable`, a middle half that hardly deviates (by less than
-// 0.1 semitones on average) gives way to the mean of all. Not a number when there are none. `scratch` is working space.
+// The trimmed mean pitch of the voiced frames from `first` up to below `last`: the mean of their middle half
+// when there are eight or more, of all of them when there are fewer. With `stable`, a middle half that hardly
+// deviates (by less than 0.1 semitones on average) gives way to the mean of all. Not a number when there are
+// none. `scratch` is working space.
 float MeanPitch(const AnalysisFrame* frames, std::int32_t first, std::int32_t last, bool stable,
                 std::vector<float>& scratch);
 

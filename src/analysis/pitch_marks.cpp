@@ -79,7 +79,8 @@ void CPitchMarks::AddWithPeriod(std::int32_t position, float voicing, float ener
     ++count;
 }
 
-void CPitchMarks::Add(std::int32_t position, float voicing, float energy, float transient, float pitchChange) {
+void CPitchMarks::Add(std::int32_t position, float voicing, float energy, float transient,
+                      float pitchChange) {
     AddWithPeriod(position, voicing, energy, transient, pitchChange, 0.0F);
 }
 
@@ -87,7 +88,9 @@ void CPitchMarks::RemoveLast() { count = std::max(count - 1, 0); }
 
 std::int32_t CPitchMarks::GetLastPosition() const { return GetPosition(count - 1); }
 
-std::int32_t CPitchMarks::GetPosition(std::int32_t index) const { return Contains(index) ? At(index).position : -1; }
+std::int32_t CPitchMarks::GetPosition(std::int32_t index) const {
+    return Contains(index) ? At(index).position : -1;
+}
 
 std::int32_t CPitchMarks::GetDistance(std::int32_t index) const {
     return Contains(index) && Contains(index + 1) ? At(index + 1).position - At(index).position : -1;
@@ -97,11 +100,15 @@ std::int32_t CPitchMarks::GetPeriod(std::int32_t index) const {
     return Contains(index) ? TruncateToI32(static_cast<double>(At(index).period)) : -1;
 }
 
-float CPitchMarks::GetTransient(std::int32_t index) const { return Contains(index) ? At(index).transient : -1.0F; }
+float CPitchMarks::GetTransient(std::int32_t index) const {
+    return Contains(index) ? At(index).transient : -1.0F;
+}
 
 float CPitchMarks::GetEnergy(std::int32_t index) const { return Contains(index) ? At(index).energy : -1.0F; }
 
-float CPitchMarks::GetVoicing(std::int32_t index) const { return Contains(index) ? At(index).voicing : -1.0F; }
+float CPitchMarks::GetVoicing(std::int32_t index) const {
+    return Contains(index) ? At(index).voicing : -1.0F;
+}
 
 float CPitchMarks::GetPitchChange(std::int32_t index) const {
     return Contains(index) ? At(index).pitchChange : -1.0F;
@@ -123,7 +130,7 @@ std::int32_t CPitchMarks::FindNearest(std::int32_t from, std::int32_t position) 
 std::int32_t CPitchMarks::FindSpan(std::int32_t& index, std::int32_t distance) const {
     if (!Contains(index)) return -1;
     const std::int64_t base = At(index).position;
-    for (std::int32_t i = index + 1; i < count; ++i) {
+    for (std::int32_t i = index; i < count; ++i) {
         const std::int64_t span = At(i).position - base;
         if (span > distance) {
             index = i;

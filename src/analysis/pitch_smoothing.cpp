@@ -14,14 +14,14 @@ namespace sonorelle {
 
 namespace {
 
-constexpr double kSteadyDrift = 0.5; // semitones between a window's mean and that around its end
+constexpr double kSteadyDrift = 0.5;  // semitones between a window's mean and that around its end
 constexpr float kSmallestStep = 0.5F; // semitones
 constexpr std::int32_t kWidening = 4; // frames by which the window around a step grows
 
 std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
 
-// The pitch in the middle of the sorted pitches of the voiced frames of a window that mostly grows: two heaps hold the
-// lower and the upper half.
+// The pitch in the middle of the sorted pitches of the voiced frames of a window that mostly grows: two heaps
+// hold the lower and the upper half.
 class RunningMedian {
 public:
     explicit RunningMedian(const Frames& source) : frames(source) {}
@@ -41,8 +41,10 @@ public:
 
 private:
     void Add(float pitch) {
-        if (upper.empty() || pitch >= upper.top()) upper.push(pitch);
-        else lower.push(pitch);
+        if (upper.empty() || pitch >= upper.top())
+            upper.push(pitch);
+        else
+            lower.push(pitch);
         const std::size_t half = (lower.size() + upper.size()) / 2;
         if (lower.size() > half) {
             upper.push(lower.top());
@@ -56,22 +58,26 @@ private:
     const Frames& frames;
     std::int32_t first = -1;
     std::int32_t end = 0;
-    std::priority_queue<float> lower;                                          // the lower half, rounded down
-    std::priority_queue<float, std::vector<float>, std::greater<float>> upper; // the rest; its least is the median
+    std::priority_queue<float> lower; // the lower half, rounded down
+    std::priority_queue<float, std::vector<float>, std::greater<float>>
+        upper; // the rest; its least is the median
 };
 
 class MedianSmoother {
 public:
-    MedianSmoother(const Frames& source, Frames& target, const AnalysisLengths& analysisLengths) :
-        frames(source), smoothed(target), lengths(analysisLengths), locator(source), windowMean(source), median(source) {
+    MedianSmoother(const Frames& source, Frames& target, const AnalysisLengths& analysisLengths)
+        : frames(source), smoothed(target), lengths(analysisLengths), locator(source), windowMean(source),
+          median(source) {
         window.end = lengths.window;
     }
 
     void Run() {
         while (window.last < locator.LastIndex()) {
             Locate();
-            if (IsSteady()) SmoothAndGrow();
-            else MoveOn();
+            if (IsSteady())
+                SmoothAndGrow();
+            else
+                MoveOn();
         }
         Write();
     }
@@ -162,8 +168,8 @@ private:
 
 class StepSplitter {
 public:
-    StepSplitter(Frames& target, const AnalysisLengths& analysisLengths) :
-        frames(target), lengths(analysisLengths), locator(target), windowMean(target), range(target) {
+    StepSplitter(Frames& target, const AnalysisLengths& analysisLengths)
+        : frames(target), lengths(analysisLengths), locator(target), windowMean(target), range(target) {
         window.end = lengths.halfWindow;
     }
 
@@ -207,7 +213,9 @@ private:
     void Split() {
         // A mean over no voiced frames is not a number, and nothing lies below it.
         const double mean = windowMean.Mean(window.first, window.last);
-        const auto isBelow = [&](std::int32_t i) { return static_cast<double>(frames[Index(i)].pitch) < mean; };
+        const auto isBelow = [&](std::int32_t i) {
+            return static_cast<double>(frames[Index(i)].pitch) < mean;
+        };
         const bool startsBelow = isBelow(window.first);
         std::int32_t cut = window.first + 1;
         while (cut < window.last && isBelow(cut) == startsBelow) ++cut;
@@ -215,7 +223,8 @@ private:
         frames[Index(cut)].voiced = 0;
         locator.SetUnvoiced(cut);
         windowMean.Forget();
-        StartAt(std::max(highest, lowest) + 1);
+        // Only a range that is not a number gets here with no step remembered; the walk must still move on.
+        StartAt(highest == lowest ? window.first + 1 : std::max(highest, lowest) + 1);
     }
 
     Frames& frames;

@@ -86,8 +86,8 @@ std::int32_t CPitchTrack::Reset() {
     return preProcess.Reset();
 }
 
-std::int32_t CreatePitchTrack(std::unique_ptr<CPitchTrack>& tracker, std::int32_t sampleRate, std::int32_t channels,
-                              std::int32_t mode) {
+std::int32_t CreatePitchTrack(std::unique_ptr<CPitchTrack>& tracker, std::int32_t sampleRate,
+                              std::int32_t channels, std::int32_t mode) {
     try {
         auto made = std::make_unique<CPitchTrack>();
         const std::int32_t result = made->Init(sampleRate, channels, mode);

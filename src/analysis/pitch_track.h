@@ -1,7 +1,8 @@
 // The pitch tracker: fundamental frequency and voicing of a mono signal, frame by frame.
 //
-// Frames of 1024 samples at 11025 Hz (93 ms), one every 512 (46 ms), are cut from a ring into which the input runs at
-// whatever rate it has. The mark finder feeds it with just as much as the next frame needs, and follows its word.
+// Frames of 1024 samples at 11025 Hz (93 ms), one every 512 (46 ms), are cut from a ring into which the input
+// runs at whatever rate it has. The mark finder feeds it with just as much as the next frame needs, and
+// follows its word.
 //
 // One thread. Construction allocates; Process does not.
 
@@ -35,8 +36,9 @@ public:
     // Input frames that the next hop needs, at the input rate.
     std::int32_t GetRequiredInput() const;
 
-    // Takes `count` interleaved frames, which are used as working space, and gives the result of the last frame that they
-    // complete; without one, `output` stays. 0; kBadArgument for a count below 0 or above 16384.
+    // Takes `count` interleaved frames, which are used as working space, and gives the result of the last
+    // frame that they complete; without one, `output` stays. 0; kBadArgument for a count below 0 or above
+    // 16384.
     std::int32_t Process(float* samples, std::int32_t count, PitchTrackResult& output);
 
     // Forgets all input. 0 or kOutOfMemory.
@@ -62,9 +64,9 @@ private:
     PitchTrackResult result;
 };
 
-// Makes a tracker for input of `sampleRate` Hz. 0; kSampleRateTooLow below 11025 Hz; kBadArgument for another mode or no
-// channels; kOutOfMemory. On failure `tracker` stays as it is.
-std::int32_t CreatePitchTrack(std::unique_ptr<CPitchTrack>& tracker, std::int32_t sampleRate, std::int32_t channels,
-                              std::int32_t mode);
+// Makes a tracker for input of `sampleRate` Hz. 0; kSampleRateTooLow below 11025 Hz; kBadArgument for another
+// mode or no channels; kOutOfMemory. On failure `tracker` stays as it is.
+std::int32_t CreatePitchTrack(std::unique_ptr<CPitchTrack>& tracker, std::int32_t sampleRate,
+                              std::int32_t channels, std::int32_t mode);
 
 } // namespace sonorelle

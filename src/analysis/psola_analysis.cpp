@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <new>
 #include <stdexcept>
 
@@ -29,7 +30,8 @@ constexpr float kUntrackedSilence = 0.02F;     // a low-passed peak below counts
 constexpr float kVoicedSearch = 0.0625F;
 constexpr float kUnvoicedSearch = 0.125F;
 
-// What depends on the sample rate. Blocks grow where a period has more samples, so that the window covers the same times.
+// What depends on the sample rate. Blocks grow where a period has more samples, so that the window covers the
+// same times.
 struct RateSizes {
     float rateBelow; // Hz
     std::int32_t blockFactor;
@@ -112,7 +114,8 @@ void CPSOLAAnalysis::SetSizes(const MarkFinderSettings& settings) {
     initialRadius = radius;
     defaultPeriod = maxLength / (2 * blockSize);
     // Finish fills the buffer up to the maximum length, and two windows must always find room.
-    bufferSize = std::max({settings.bufferSize > 0 ? settings.bufferSize : sizes.bufferSize, maxLength, 4 * blockSize});
+    bufferSize = std::max(
+        {settings.bufferSize > 0 ? settings.bufferSize : sizes.bufferSize, maxLength, 4 * blockSize});
 }
 
 std::int32_t CPSOLAAnalysis::CreateCorrelators() {
@@ -121,10 +124,10 @@ std::int32_t CPSOLAAnalysis::CreateCorrelators() {
         correlation = correlators[0].get();
         return made;
     }
-    std::int32_t size = blockSize / 4;
-    for (std::unique_ptr<CKKF>& correlator : correlators) {
-        if (const std::int32_t made = CreateKKF(correlator, size); made != kOk) return made;
-        size *= 2;
+    for (std::int32_t i = 0; i < std::ssize(correlators); ++i) { // from B / 4 to 4 x B
+        const std::int32_t made =
+            CreateKKF(correlators[static_cast<std::size_t>(i)], 4 * blockSize >> (4 - i));
+        if (made != kOk) return made;
     }
     correlation = &CorrelatorFor(windowLength);
     return kOk;
@@ -248,16 +251,17 @@ void CPSOLAAnalysis::ExpectPeriod(float searchShare) {
     windowLength = std::clamp(2 * expected, 2 * minPeriod, 2 * blockSize);
     half = windowLength / 2;
     quarter = windowLength / 4;
-    radius = std::min(std::max(static_cast<std::int32_t>(expectedPeriod * searchShare), minPeriod / 4), quarter);
+    radius =
+        std::min(std::max(static_cast<std::int32_t>(expectedPeriod * searchShare), minPeriod / 4), quarter);
     expectedLag = half - std::min(expected, half);
 }
 
-// The smallest correlator that a window fits into twice; the next larger above.
+// The smallest correlator that a window fits into twice: they take windows from B / 8 to 2 x B.
 CKKF& CPSOLAAnalysis::CorrelatorFor(std::int32_t length) {
     if (!tracking) return *correlators[0];
-    std::size_t index = 0;
-    for (std::int32_t fits = blockSize / 8; index + 1 < correlators.size() && length > fits; fits *= 2) ++index;
-    return *correlators[index];
+    std::int32_t index = 0;
+    while (index < std::ssize(correlators) - 1 && length > 2 * blockSize >> (4 - index)) ++index;
+    return *correlators[static_cast<std::size_t>(index)];
 }
 
 std::int32_t CPSOLAAnalysis::FindLag() {
@@ -267,13 +271,13 @@ std::int32_t CPSOLAAnalysis::FindLag() {
     if (LargestMagnitude(samples, length) < kSilentPeak) return 0;
     const std::int32_t later = std::min(half, buffer.Size());
     const std::int32_t laterLength = std::min(windowLength, buffer.Size() - later);
-    return correlation->CorrelateAndFindPeak(samples, samples + later, length, laterLength, half - 1, expectedLag,
-                                             radius);
+    return correlation->CorrelateAndFindPeak(samples, samples + later, length, laterLength, half - 1,
+                                             expectedLag, radius);
 }
 
-// Looks half a period to either side of the mark for a sample whose square is a quarter stronger than the mark's own, and
-// moves the mark there when it is near, or by 2 samples towards it when it is not, so that marks creep to the peaks of the
-// waveform and do not jump between them.
+// Looks half a period to either side of the mark for a sample whose square is a quarter stronger than the
+// mark's own, and moves the mark there when it is near, or by 2 samples towards it when it is not, so that
+// marks creep to the peaks of the waveform and do not jump between them.
 std::int32_t CPSOLAAnalysis::SnapToWaveform(std::int32_t found) const {
     constexpr float kClearlyStronger = 1.25F;
     constexpr std::int32_t kCreep = 2; // samples
@@ -282,8 +286,8 @@ std::int32_t CPSOLAAnalysis::SnapToWaveform(std::int32_t found) const {
     const std::int32_t reach = distance / 2;
     const float own = buffer.At(distance);
     float best = kClearlyStronger * (own * own);
-    // A quirk that stays: when nothing is stronger, the lag itself is taken for an offset, so that a lag of 5 or more
-    // lengthens the period by 2 samples. Marks of saved work lie where this put them.
+    // A quirk that stays: when nothing is stronger, the lag itself is taken for an offset, so that a lag of 5
+    // or more lengthens the period by 2 samples. Marks of saved work lie where this put them.
     std::int32_t offset = found;
     for (std::int32_t u = -reach; u < reach; ++u) {
         const float sample = buffer.At(std::max(distance + u, 1));
@@ -293,14 +297,17 @@ std::int32_t CPSOLAAnalysis::SnapToWaveform(std::int32_t found) const {
         }
     }
     std::int32_t snapped = found;
-    if (offset < -4) snapped = found + kCreep;
-    else if (offset < 5) snapped = half - std::max(distance + offset, 1);
-    else snapped = found - kCreep;
+    if (offset < -4)
+        snapped = found + kCreep;
+    else if (offset < 5)
+        snapped = half - std::max(distance + offset, 1);
+    else
+        snapped = found - kCreep;
     return -half < snapped && snapped < half ? snapped : found;
 }
 
-// A mark too close to the last stored one. With tracking it is passed over, and the walk goes on from there: true.
-// Without, the period before is repeated, and the mark is placed.
+// A mark too close to the last stored one. With tracking it is passed over, and the walk goes on from there:
+// true. Without, the period before is repeated, and the mark is placed.
 bool CPSOLAAnalysis::ResolveTooClose() {
     if (tracking) {
         DropPeriod();
@@ -337,8 +344,8 @@ float CPSOLAAnalysis::MeasureAttack() {
     return std::max(rattle, weight);
 }
 
-// How much stronger a peak is than the one before: tanh of the relative rise, times the ratio of the two. After a transient
-// the two next marks cannot be any.
+// How much stronger a peak is than the one before: tanh of the relative rise, times the ratio of the two.
+// After a transient the two next marks cannot be any.
 float CPSOLAAnalysis::AttackOf(Attack& attack, float smallestPeak) const {
     constexpr double kTiny = 1e-31; // keeps a rise from silence finite
     const float peak = attack.peak;

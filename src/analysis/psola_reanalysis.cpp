@@ -15,8 +15,8 @@ namespace sonorelle {
 
 namespace {
 
-constexpr float kGivenVoicing = 12.0F; // dB: whoever gives a pitch hears a voice
-constexpr float kWideSearch = 0.5F;    // half width of the search in periods
+constexpr float kGivenVoicing = 12.0F;          // dB: whoever gives a pitch hears a voice
+constexpr float kWideSearch = 0.5F;             // half width of the search in periods
 constexpr double kSemitonesPerNeper = 17.31234; // 12 / ln 2
 
 } // namespace
@@ -43,9 +43,9 @@ std::int32_t CPSOLAAnalysis::ReanalyseRange(const float* const* channelBuffers, 
 
     // The walk goes over the stretch in place of what waits in the buffer, which is as before afterwards.
     auto state = std::tie(windowLength, half, quarter, radius, lag, expectedLag, lastMark, nextMark, period,
-                                lastPeriod, expectedPeriod, correlation);
-    const auto before = std::make_tuple(windowLength, half, quarter, radius, lag, expectedLag, lastMark, nextMark,
-                                        period, lastPeriod, expectedPeriod, correlation);
+                          lastPeriod, expectedPeriod, correlation);
+    const auto before = std::make_tuple(windowLength, half, quarter, radius, lag, expectedLag, lastMark,
+                                        nextMark, period, lastPeriod, expectedPeriod, correlation);
     std::swap(buffer, stretch);
     const double hertz = 440.0 * std::exp((static_cast<double>(pitch) - 69.0) / kSemitonesPerNeper);
     expectedPeriod = static_cast<float>(std::min(static_cast<double>(sampleRate) / hertz, 2.0 * blockSize));
@@ -82,8 +82,8 @@ void CPSOLAAnalysis::PlaceMarksAtPeriod(std::int32_t fromMark, std::int32_t coun
         nextMark = lastMark + period;
         if (period < 1 || nextMark > end) return;
         nearest = std::max(marks->FindNearest(nearest, nextMark), nearest);
-        found.AddWithPeriod(nextMark, kGivenVoicing, marks->GetEnergy(nearest), 0, marks->GetPitchChange(nearest),
-                            static_cast<float>(half - expectedLag));
+        found.AddWithPeriod(nextMark, kGivenVoicing, marks->GetEnergy(nearest), 0,
+                            marks->GetPitchChange(nearest), static_cast<float>(half - expectedLag));
         DropPeriod();
     }
 }
@@ -100,9 +100,11 @@ void CPSOLAAnalysis::SpliceMarks(std::int32_t markIndex, const CPitchMarks& foun
 
     marks->Clear();
     const auto add = [this](const PitchMarkRecord& mark, float markPeriod) {
-        marks->AddWithPeriod(mark.position, mark.voicing, mark.energy, mark.transient, mark.pitchChange, markPeriod);
+        marks->AddWithPeriod(mark.position, mark.voicing, mark.energy, mark.transient, mark.pitchChange,
+                             markPeriod);
     };
-    for (std::int32_t i = 0; i < markIndex; ++i) add(old[static_cast<std::size_t>(i)], old[static_cast<std::size_t>(i)].period);
+    for (std::int32_t i = 0; i < markIndex; ++i)
+        add(old[static_cast<std::size_t>(i)], old[static_cast<std::size_t>(i)].period);
     const PitchMarkRecord& first = old[static_cast<std::size_t>(markIndex)];
     add(first, static_cast<float>(added[0].position - first.position));
     for (std::int32_t i = 0; i < addedCount; ++i) add(added[i], added[i].period);

@@ -14,12 +14,14 @@ namespace {
 constexpr float kFirstExpectation = 440.0F;      // Hz, of a new tracker
 constexpr float kExpectationAfterReset = 220.0F; // Hz
 
-constexpr float kVoicingThreshold = 5.0F;    // dB of comb salience for pitches from 160 Hz on ...
-constexpr float kLowVoicingThreshold = 3.5F; // ... and below, where the bins of a comb lie closer and it stands out less
-constexpr float kLowVoiceLimit = 160.0F;     // Hz
+constexpr float kVoicingThreshold = 5.0F; // dB of comb salience for pitches from 160 Hz on ...
+constexpr float kLowVoicingThreshold =
+    3.5F; // ... and below, where the bins of a comb lie closer and it stands out less
+constexpr float kLowVoiceLimit = 160.0F; // Hz
 
-constexpr float kQuietestLevel = 1e-24F;        // what a sample counts at least in the level
-constexpr float kQuietestSample = 1e-15F;       // samples below are left out of the spectrum: they would turn denormal
+constexpr float kQuietestLevel = 1e-24F; // what a sample counts at least in the level
+constexpr float kQuietestSample =
+    1e-15F; // samples below are left out of the spectrum: they would turn denormal
 constexpr float kQuietestPeak = 1e-25F;         // the spectrum is never divided by less
 constexpr float kSilentPower = 1e-7F;           // rms^2 at or below: no salience is measured
 constexpr float kNoSalience = 1e-24F;           // of bin 0
@@ -69,15 +71,15 @@ std::int32_t CPTAnalysis::Init(std::int32_t rate, std::int32_t size, std::int32_
     return CreateFFT(fft, size, kNoWindow);
 }
 
-// The bins that the harmonic sum of each bin is reduced by, and how many harmonics it counts: nine, or as many as lie below
-// the end of the array.
+// The bins that the harmonic sum of each bin is reduced by, and how many harmonics it counts: nine, or as
+// many as lie below the end of the array.
 void CPTAnalysis::BuildSumTable() {
     sumEndBin = Truncate(fftSize * kHighestSumHertz / kSetRate);
     sumTable.resize(static_cast<std::size_t>(sumEndBin));
     for (std::int32_t b = startBin; b < sumEndBin; ++b) {
         const std::int32_t harmonics = std::min(kSumHarmonics, (fftSize - 1) / b);
-        sumTable[static_cast<std::size_t>(b)] = {Truncate(b * 0.5), Truncate(b * 0.6666), Truncate(b * 0.3333),
-                                                 static_cast<float>(harmonics)};
+        sumTable[static_cast<std::size_t>(b)] = {Truncate(b * 0.5), Truncate(b * 0.6666),
+                                                 Truncate(b * 0.3333), static_cast<float>(harmonics)};
     }
 }
 
@@ -114,7 +116,8 @@ void CPTAnalysis::Process(const float* frame, PitchTrackResult& result) {
     const float previous = result.pitch;
     const float needed = frequency < kLowVoiceLimit ? kLowVoicingThreshold : threshold;
     if (!(salience >= needed)) {
-        // Far from the frame before, an unvoiced frame's pitch means nothing: it falls back on an earlier voiced one.
+        // Far from the frame before, an unvoiced frame's pitch means nothing: it falls back on an earlier
+        // voiced one.
         if (std::fabs(previous - frequency) > 0.2F * previous) {
             bin = Truncate(static_cast<double>(fftSize) * static_cast<double>(history[5]) / sampleRate + 0.5);
         }
@@ -133,8 +136,9 @@ void CPTAnalysis::Process(const float* frame, PitchTrackResult& result) {
     result.change = (last - result.pitch) / (result.pitch + last + 1.0F);
 }
 
-// A half-wave measure, to which the thresholds are set: the test is on the signed sample, so that every negative one
-// counts as nothing. "Mended" to a true rms, quiet breaths would count as loud enough to have a salience.
+// A half-wave measure, to which the thresholds are set: the test is on the signed sample, so that every
+// negative one counts as nothing. "Mended" to a true rms, quiet breaths would count as loud enough to have a
+// salience.
 void CPTAnalysis::MeasureLevel(const float* frame) {
     float sum = 0;
     for (std::int32_t i = 0; i < windowLength; ++i) {
@@ -221,8 +225,8 @@ void CPTAnalysis::FormSum() {
     sumBin = *largest > 0 ? static_cast<std::int32_t>(largest - sums) : 0;
 }
 
-// The product likes to land on a harmonic. When it lies well above the last pitches, and the sum proposes about a half or
-// a third of it, the sum is believed, and goes on being asked in the next frame.
+// The product likes to land on a harmonic. When it lies well above the last pitches, and the sum proposes
+// about a half or a third of it, the sum is believed, and goes on being asked in the next frame.
 std::int32_t CPTAnalysis::CorrectOctave() {
     const bool jumped = (last + history[0]) * 0.75F < Frequency(hpsBin);
     const bool asked = jumped || useSumBin;
@@ -238,8 +242,8 @@ std::int32_t CPTAnalysis::CorrectOctave() {
     return hpsBin;
 }
 
-// A pitch almost an octave or more above the last one gives way to a peak near the last one, if there is one of at least
-// a sixteenth of its height.
+// A pitch almost an octave or more above the last one gives way to a peak near the last one, if there is one
+// of at least a sixteenth of its height.
 std::int32_t CPTAnalysis::CorrectByContinuity(std::int32_t bin) const {
     constexpr float kNearlyAnOctave = 1.8F;
     constexpr float kLowestTrusted = 80.0F; // Hz
@@ -273,7 +277,8 @@ float CPTAnalysis::MeasureSalience(std::int32_t bin) const {
         } else if (end == bin) {
             value = value / mean;
         } else {
-            value = value / (static_cast<float>(end / bin - 1) * mean);
+            const std::int32_t others = end / bin - 1; // harmonics behind the first
+            value = value / (static_cast<float>(others) * mean);
         }
     }
     return std::log(value) * kDecibelsPerNeper;

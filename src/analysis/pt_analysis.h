@@ -2,14 +2,17 @@
 //
 //   1. the frame's level;
 //   2. a Hann-windowed, eight times zero-padded magnitude spectrum (bins of 1.3 Hz);
-//   3. below 200 Hz only the neighbourhoods of spectral peaks are kept: the valleys there are wide, and a product over
+//   3. below 200 Hz only the neighbourhoods of spectral peaks are kept: the valleys there are wide, and a
+//   product over
 //      harmonics would find pitch in them;
-//   4. a harmonic product over five harmonics and a harmonic sum over nine propose a bin each (after M. R. Schroeder,
-//      "Period Histogram and Product Spectrum", JASA 43, 1968; D. J. Hermes, "Measurement of pitch by subharmonic
-//      summation", JASA 83, 1988); the sum is reduced by what lies at 1/2, 2/3 and 1/3 of the bin, so that it does not
-//      prefer an octave or a twelfth above;
+//   4. a harmonic product over five harmonics and a harmonic sum over nine propose a bin each (after M. R.
+//   Schroeder,
+//      "Period Histogram and Product Spectrum", JASA 43, 1968; D. J. Hermes, "Measurement of pitch by
+//      subharmonic summation", JASA 83, 1988); the sum is reduced by what lies at 1/2, 2/3 and 1/3 of the
+//      bin, so that it does not prefer an octave or a twelfth above;
 //   5. the earlier pitches correct octave errors of the product;
-//   6. a comb over the harmonics against the mean of the spectrum gives the salience, which decides on voicing;
+//   6. a comb over the harmonics against the mean of the spectrum gives the salience, which decides on
+//   voicing;
 //   7. a parabola through three bins refines the pitch.
 //
 // One thread. Construction allocates; processing does not.
@@ -41,16 +44,16 @@ public:
     CPTAnalysis();
     ~CPTAnalysis();
 
-    // `rate` in Hz; `size`: FFT size, a power of two of at least 1024; `length`: samples in a frame, 2 to `size`.
-    // 0, kBadArgument or kOutOfMemory.
+    // `rate` in Hz; `size`: FFT size, a power of two of at least 1024; `length`: samples in a frame, 2 to
+    // `size`. 0, kBadArgument or kOutOfMemory.
     std::int32_t Init(std::int32_t rate, std::int32_t size, std::int32_t length);
 
-    // `frame`: `length` samples. `result` holds the previous frame's result and takes this one's. A frame with a sample
-    // that is not finite must not be given.
+    // `frame`: `length` samples. `result` holds the previous frame's result and takes this one's. A frame
+    // with a sample that is not finite must not be given.
     void Process(const float* frame, PitchTrackResult& result);
 
-    // Forgets all frames. The pitch expected next is then 220 Hz, while a new object expects 440: singing that starts
-    // within 0.75 of the expectation is taken at its word.
+    // Forgets all frames. The pitch expected next is then 220 Hz, while a new object expects 440: singing
+    // that starts within 0.75 of the expectation is taken at its word.
     void Reset();
 
     float GetThreshold() const { return threshold; } // dB, above 160 Hz
@@ -92,7 +95,7 @@ private:
     std::int32_t startBin = 0;  // about 38 Hz
     std::int32_t sumEndBin = 0; // about 4000 Hz, excluded
     std::vector<SumBin> sumTable;
-    AlignedArray window;        // Hann
+    AlignedArray window; // Hann
     AlignedArray spectrum;
     AlignedArray product;
     AlignedArray peaks; // the spectrum reduced around its peaks, then the harmonic sum

@@ -16,8 +16,9 @@ constexpr std::int32_t kResamplerOrder = 3; // zero crossings a side: enough in 
 constexpr std::int32_t kLowPassType = 3;
 constexpr std::int32_t kHighPassType = 4;
 constexpr float kLowPassHertz = 4000.0F;
-// At 11025 Hz this lies below what the high-pass takes for a frequency, so that it passes its input on unchanged. The
-// thresholds of the tracker were set with it that way: rumble goes in, and the salience test keeps it out.
+// At 11025 Hz this lies below what the high-pass takes for a frequency, so that it passes its input on
+// unchanged. The thresholds of the tracker were set with it that way: rumble goes in, and the salience test
+// keeps it out.
 constexpr float kHighPassHertz = 30.0F;
 constexpr float kFlat = 0.0F;    // dB
 constexpr float kQuality = 1.0F; // unused by these two types
@@ -52,7 +53,8 @@ std::int32_t CPTPreProcess::Init(std::int32_t rate, std::int32_t channelCount) {
     inputRate = rate;
     channels = channelCount;
     if (const std::int32_t result = CreateResamplerAnew(); result != kOk) return result;
-    if (const std::int32_t result = CreateFilter(lowPass, kLowPassType, kLowPassHertz); result != kOk) return result;
+    if (const std::int32_t result = CreateFilter(lowPass, kLowPassType, kLowPassHertz); result != kOk)
+        return result;
     return CreateFilter(highPass, kHighPassType, kHighPassHertz);
 }
 

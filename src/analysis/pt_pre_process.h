@@ -1,4 +1,5 @@
-// The road of samples into the pitch tracker: mixed to mono, resampled to 11025 Hz, band-limited, into the ring.
+// The road of samples into the pitch tracker: mixed to mono, resampled to 11025 Hz, band-limited, into the
+// ring.
 //
 // One thread. Construction allocates; processing does not.
 
@@ -15,8 +16,8 @@ struct RingBuffer;
 
 class CPTPreProcess {
 public:
-    // The rate at which pitch is tracked: high enough for the harmonics up to 4 kHz that tell a pitch, low enough to be
-    // cheap.
+    // The rate at which pitch is tracked: high enough for the harmonics up to 4 kHz that tell a pitch, low
+    // enough to be cheap.
     static constexpr std::int32_t kOutputRate = 11025; // Hz
     // The largest block that Process takes.
     static constexpr std::int32_t kBlockSize = 16384; // frames
@@ -27,8 +28,8 @@ public:
     // `rate`: of the input, at least 11025 Hz. 0, kBadArgument or kOutOfMemory.
     std::int32_t Init(std::int32_t rate, std::int32_t channelCount);
 
-    // Takes `count` interleaved frames in `samples`, which is used as working space (count x channels values, at least
-    // 1), and appends the result to `ring`; `count` becomes the number of frames written.
+    // Takes `count` interleaved frames in `samples`, which is used as working space (count x channels values,
+    // at least 1), and appends the result to `ring`; `count` becomes the number of frames written.
     void Process(float* samples, std::int32_t& count, RingBuffer& ring);
 
     // Forgets all input: the resampler is made anew, the filters are cleared.

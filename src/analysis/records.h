@@ -1,8 +1,8 @@
 // The records that pass from the analysis to everything else: marks, frames and notes.
 //
-// All positions are sample frames from the start of the audio file. Pitch is a MIDI note number with a fraction, 69.0
-// being 440 Hz whatever the singer's tuning is. `PitchMarkRecord` and `NoteRecord` are stored word by word in the cache
-// file: their layout is a promise.
+// All positions are sample frames from the start of the audio file. Pitch is a MIDI note number with a
+// fraction, 69.0 being 440 Hz whatever the singer's tuning is. `PitchMarkRecord` and `NoteRecord` are stored
+// word by word in the cache file: their layout is a promise.
 
 #pragma once
 
@@ -13,7 +13,7 @@ namespace sonorelle {
 // One pitch period. Marks rise strictly in position; the first lies at 0.
 struct PitchMarkRecord {
     std::int32_t position = 0;
-    float energy = 0;      // mean square of the mono sum since the previous mark (file normalised to a peak of 1)
+    float energy = 0; // mean square of the mono sum since the previous mark (file normalised to a peak of 1)
     float transient = 0;   // attack strength, 0 to below 1; above 0.7 the mark counts as a transient
     float voicing = 0;     // salience of the tracked pitch in dB; 0: unvoiced
     float pitchChange = 0; // (previous - current) / (current + previous + 1) of the tracked pitch in Hz

@@ -1,7 +1,7 @@
 // A queue of samples that always lies in one piece: appended at the end, dropped from the front.
 //
-// Dropping only moves an index; what is left moves to the front once the end of the memory is reached, so that a sample is
-// moved about once in its life. Only Reserve allocates.
+// Dropping only moves an index; what is left moves to the front once the end of the memory is reached, so
+// that a sample is moved about once in its life. Only Reserve allocates.
 
 #pragma once
 

@@ -13,12 +13,14 @@ constexpr std::size_t kPitchClasses = 12;
 using Profile = std::array<float, kPitchClasses>;
 
 //                                      C  C# D  D# E  F  F# G  G# A  A# B
-constexpr Profile kMajorScale        = {1, 0, 1, 0, 1, 1, 0, 1, 0, 1, 0, 1};
-constexpr Profile kMinorScale        = {1, 0, 1, 1, 0, 1, 0, 1, 1, 0, 1, 1}; // with both sevenths
+constexpr Profile kMajorScale = {1, 0, 1, 0, 1, 1, 0, 1, 0, 1, 0, 1};
+constexpr Profile kMinorScale = {1, 0, 1, 1, 0, 1, 0, 1, 1, 0, 1, 1}; // with both sevenths
 
 //                               C     C#    D     D#    E     F     F#    G     G#    A     A#    B
-constexpr Profile kMajorFit = {6.35F, 2.23F, 3.48F, 2.33F, 4.38F, 4.09F, 2.52F, 5.19F, 2.39F, 3.66F, 2.29F, 2.88F};
-constexpr Profile kMinorFit = {6.33F, 2.68F, 3.52F, 5.38F, 2.60F, 3.53F, 2.54F, 4.75F, 3.98F, 2.69F, 3.34F, 3.17F};
+constexpr Profile kMajorFit = {6.35F, 2.23F, 3.48F, 2.33F, 4.38F, 4.09F,
+                               2.52F, 5.19F, 2.39F, 3.66F, 2.29F, 2.88F};
+constexpr Profile kMinorFit = {6.33F, 2.68F, 3.52F, 5.38F, 2.60F, 3.53F,
+                               2.54F, 4.75F, 3.98F, 2.69F, 3.34F, 3.17F};
 
 // A scale is a candidate when it holds this share of what the best one holds.
 constexpr float kCandidateShare = 0.95F;
@@ -68,17 +70,20 @@ float EstimateTuning(std::span<const NoteRecord> notes) {
     const double otherCents = std::floor(offGrid.size / weight * 100.0 + 0.5);
     // Back to the grid of semitones.
     otherDeviation += otherDeviation <= 0 ? 0.5 : -0.5;
-    const bool first = otherCents > cents || (otherCents == cents && std::fabs(otherDeviation) > std::fabs(deviation));
+    const bool first =
+        otherCents > cents || (otherCents == cents && std::fabs(otherDeviation) > std::fabs(deviation));
     return static_cast<float>(first ? deviation : otherDeviation);
 }
 
 PitchClassHistogram CountPitchClasses(std::span<const NoteRecord> notes, float tuning, std::int32_t offset) {
     PitchClassHistogram histogram{};
     for (const NoteRecord& note : notes) {
-        const double pitch = std::floor(static_cast<double>(note.pitch) + 0.5 - static_cast<double>(tuning) + offset);
+        const double pitch =
+            std::floor(static_cast<double>(note.pitch) + 0.5 - static_cast<double>(tuning) + offset);
         constexpr auto kOctave = static_cast<std::int32_t>(kPitchClasses);
         const std::int32_t remainder = TruncateToI32(pitch) % kOctave;
-        histogram[static_cast<std::size_t>((remainder + kOctave) % kOctave)] += static_cast<float>(note.length);
+        histogram[static_cast<std::size_t>((remainder + kOctave) % kOctave)] +=
+            static_cast<float>(note.length);
     }
     return histogram;
 }
@@ -108,9 +113,9 @@ std::int32_t EstimateKey(const PitchClassHistogram& histogram) {
             key = static_cast<std::int32_t>(root);
         }
     }
-    // A quirk that stays: major candidates are asked a second time, with the fit of the minor key on the same root. Where
-    // both are candidates and minor fits best, the major key is the answer. Melodies that use both sevenths come out in
-    // major for it, and the harmonies of saved work rest on that.
+    // A quirk that stays: major candidates are asked a second time, with the fit of the minor key on the same
+    // root. Where both are candidates and minor fits best, the major key is the answer. Melodies that use
+    // both sevenths come out in major for it, and the harmonies of saved work rest on that.
     const auto challenge = [&](std::int32_t candidate, std::size_t root) {
         if (minorFits[root] > highest) {
             highest = minorFits[root];

@@ -1,5 +1,6 @@
-// Flattening of vibrato: a window slides over the voiced runs until the pitch in it swings like a vibrato does (regular peaks
-// and valleys, not faster than 20 Hz, around a centre that is also the mean); then the window grows for as long as it does.
+// Flattening of vibrato: a window slides over the voiced runs until the pitch in it swings like a vibrato
+// does (regular peaks and valleys, not faster than 20 Hz, around a centre that is also the mean); then the
+// window grows for as long as it does.
 
 #include "analysis/frame_locator.h"
 #include "analysis/frame_stages.h"
@@ -12,13 +13,13 @@ namespace sonorelle {
 
 namespace {
 
-constexpr float kTooWide = 6.0F;              // semitones: no vibrato spans half an octave
-constexpr double kFastestVibrato = 20.0;      // Hz
-constexpr double kShareOfSlowSwings = 0.4;    // of all swings
-constexpr std::int32_t kFewestCrossings = 4;  // of the centre: two full swings
-constexpr double kCrossingSeconds = 0.0116;   // apart, or it is jitter
-constexpr double kLargestAsymmetry = 0.25;    // semitones between the middle of the range and the mean
-constexpr double kLargestDrift = 0.5;         // semitones between the window's mean and that around its end
+constexpr float kTooWide = 6.0F;             // semitones: no vibrato spans half an octave
+constexpr double kFastestVibrato = 20.0;     // Hz
+constexpr double kShareOfSlowSwings = 0.4;   // of all swings
+constexpr std::int32_t kFewestCrossings = 4; // of the centre: two full swings
+constexpr double kCrossingSeconds = 0.0116;  // apart, or it is jitter
+constexpr double kLargestAsymmetry = 0.25;   // semitones between the middle of the range and the mean
+constexpr double kLargestDrift = 0.5;        // semitones between the window's mean and that around its end
 
 // Turning points of one kind, in rising order.
 struct TurningPoints {
@@ -30,14 +31,16 @@ struct TurningPoints {
     std::int32_t opened = -1; // where the rise (or fall) that leads to the next one began
 
     void Add(const AnalysisFrame& frame) {
-        if (count > 0 && sampleRate / static_cast<double>(frame.position - lastPosition) <= kFastestVibrato) ++slowPairs;
+        if (count > 0 && sampleRate / static_cast<double>(frame.position - lastPosition) <= kFastestVibrato)
+            ++slowPairs;
         ++count;
         sum += static_cast<double>(frame.pitch);
         lastPosition = frame.position;
     }
 };
 
-// Range and turning points of the pitch from a first frame on. Going on with the same first frame costs only what is new.
+// Range and turning points of the pitch from a first frame on. Going on with the same first frame costs only
+// what is new.
 class SwingScan {
 public:
     SwingScan(const Frames& source, double sampleRate) : frames(source), rate(sampleRate) { Restart(0); }
@@ -96,10 +99,11 @@ private:
 
 class VibratoFlattener {
 public:
-    VibratoFlattener(const Frames& source, Frames& target, const AnalysisLengths& analysisLengths) :
-        frames(source), flattened(target), lengths(analysisLengths), locator(source),
-        scan(source, static_cast<double>(analysisLengths.sampleRate)), windowMean(source),
-        crossingDistance(static_cast<std::int64_t>(kCrossingSeconds * static_cast<double>(analysisLengths.sampleRate))) {
+    VibratoFlattener(const Frames& source, Frames& target, const AnalysisLengths& analysisLengths)
+        : frames(source), flattened(target), lengths(analysisLengths), locator(source),
+          scan(source, static_cast<double>(analysisLengths.sampleRate)), windowMean(source),
+          crossingDistance(
+              static_cast<std::int64_t>(kCrossingSeconds * static_cast<double>(analysisLengths.sampleRate))) {
         window.end = lengths.longWindow;
     }
 
@@ -156,10 +160,12 @@ private:
     bool IsVibrato() {
         const TurningPoints& peaks = scan.Peaks();
         const TurningPoints& valleys = scan.Valleys();
-        const double share = static_cast<double>(peaks.slowPairs + valleys.slowPairs) / (peaks.count + valleys.count - 2);
+        const double share =
+            static_cast<double>(peaks.slowPairs + valleys.slowPairs) / (peaks.count + valleys.count - 2);
         if (share < kShareOfSlowSwings || !CrossesOften(static_cast<float>(Centre()))) return false;
         const double mean = windowMean.Mean(window.first, window.last);
-        const double middle = (static_cast<double>(scan.Largest()) + static_cast<double>(scan.Smallest())) / 2.0;
+        const double middle =
+            (static_cast<double>(scan.Largest()) + static_cast<double>(scan.Smallest())) / 2.0;
         if (std::fabs(middle - mean) > kLargestAsymmetry) return false;
         FrameWindow around{0, 0, window.end - lengths.window, window.end + lengths.window};
         locator.Locate(around, lengths.shortWindow, lengths.longWindow);

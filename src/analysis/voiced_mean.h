@@ -13,8 +13,8 @@ class VoicedMean {
 public:
     explicit VoicedMean(const std::vector<AnalysisFrame>& source) : frames(source) {}
 
-    // Over the voiced frames from `newFirst` up to below `last`; not a number when there are none. Going on with the same
-    // first frame costs only what is new.
+    // Over the voiced frames from `newFirst` up to below `last`; not a number when there are none. Going on
+    // with the same first frame costs only what is new.
     double Mean(std::int32_t newFirst, std::int32_t last) {
         if (newFirst != first || last < end) {
             first = end = newFirst;

@@ -33,7 +33,8 @@ void CFFT_SSE::Inverse(float* data) { transform.Inverse(data); }
 void CFFT_SSE::Magnitude(float* data) {
     const std::int32_t half = GetSize() / 2;
     data[0] = std::fabs(data[0]);
-    // Block by block, so that the loops vectorise; the write position never overtakes the bins still to be read.
+    // Block by block, so that the loops vectorise; the write position never overtakes the bins still to be
+    // read.
     constexpr std::int32_t kBlock = 8;
     std::int32_t k = 1;
     for (; k + kBlock <= half; k += kBlock) {

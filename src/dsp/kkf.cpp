@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -122,15 +123,22 @@ void CKKF_SSE::MultiplySpectra(const float* a, const float* b, float* out) const
 }
 
 LagWindow CKKF::SearchWindow(std::int32_t maxLag, std::int32_t expectedLag, std::int32_t radius) {
-    LagWindow lags{expectedLag - radius, expectedLag + radius};
-    if (lags.first < -maxLag) {
-        lags.first = -maxLag - 1;
-        lags.last = lags.first + 2 * radius;
-    } else if (lags.last > maxLag) {
-        lags.last = maxLag - 1;
-        lags.first = lags.last - 2 * radius;
+    // In 64 bits, so that no argument overflows.
+    const std::int64_t farthest = maxLag;
+    const std::int64_t width = 2 * static_cast<std::int64_t>(radius);
+    std::int64_t first = static_cast<std::int64_t>(expectedLag) - radius;
+    std::int64_t last = first + width;
+    if (first < -farthest) {
+        first = -farthest - 1;
+        last = first + width;
+    } else if (last > farthest) {
+        last = farthest - 1;
+        first = last - width;
     }
-    return lags;
+    constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();
+    return {static_cast<std::int32_t>(std::clamp(first, kLowest, kHighest)),
+            static_cast<std::int32_t>(std::clamp(last, kLowest, kHighest))};
 }
 
 std::int32_t CKKF::Highest(LagWindow lags, std::int32_t otherwise) const {

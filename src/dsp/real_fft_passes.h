@@ -1,19 +1,27 @@
-// The passes of RealFft over whole vectors, written once for every vector width. Included by the source file of each
-// instruction set and by nothing else; it includes nothing itself, so that no other code is ever compiled for a machine
-// that may not be there.
+// The passes of RealFft over whole vectors, written once for every vector width. Included by the source file
+// of each instruction set and by nothing else; it includes nothing itself, so that no other code is ever
+// compiled for a machine that may not be there.
 //
-// A pass of radix 4 at length n and stride s splits each of s interleaved transforms of length n into four of length n / 4
-// and turns them by the twiddle factors w^p, w^2p, w^3p, w = e^(-2 pi i / n).
+// A pass of radix 4 at length n and stride s splits each of s interleaved transforms of length n into four of
+// length n / 4 and turns them by the twiddle factors w^p, w^2p, w^3p, w = e^(-2 pi i / n).
 
 #pragma once
 
 namespace sonorelle::fft_passes {
 
-template<int Lanes> struct VectorOf;
-template<> struct VectorOf<4> { using Type = float __attribute__((vector_size(16))); };
-template<> struct VectorOf<8> { using Type = float __attribute__((vector_size(32))); };
+template<int Lanes>
+struct VectorOf;
+template<>
+struct VectorOf<4> {
+    using Type = float __attribute__((vector_size(16)));
+};
+template<>
+struct VectorOf<8> {
+    using Type = float __attribute__((vector_size(32)));
+};
 
-template<int Lanes> struct Passes {
+template<int Lanes>
+struct Passes {
     using Vector = typename VectorOf<Lanes>::Type;
 
     struct Complex {
@@ -45,16 +53,22 @@ template<int Lanes> struct Passes {
     static Complex TimesMinusI(Complex a) { return {a.im, -a.re}; }
 
     static Vector Reverse(Vector v) {
-        if constexpr (Lanes == 4) return __builtin_shufflevector(v, v, 3, 2, 1, 0);
-        else return __builtin_shufflevector(v, v, 7, 6, 5, 4, 3, 2, 1, 0);
+        if constexpr (Lanes == 4)
+            return __builtin_shufflevector(v, v, 3, 2, 1, 0);
+        else
+            return __builtin_shufflevector(v, v, 7, 6, 5, 4, 3, 2, 1, 0);
     }
     static Vector Evens(Vector a, Vector b) {
-        if constexpr (Lanes == 4) return __builtin_shufflevector(a, b, 0, 2, 4, 6);
-        else return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14);
+        if constexpr (Lanes == 4)
+            return __builtin_shufflevector(a, b, 0, 2, 4, 6);
+        else
+            return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14);
     }
     static Vector Odds(Vector a, Vector b) {
-        if constexpr (Lanes == 4) return __builtin_shufflevector(a, b, 1, 3, 5, 7);
-        else return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15);
+        if constexpr (Lanes == 4)
+            return __builtin_shufflevector(a, b, 1, 3, 5, 7);
+        else
+            return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15);
     }
     // a0 b0 a1 b1 ... to 2 x Lanes floats.
     static void StoreInterleaved(float* to, Vector a, Vector b) {
@@ -78,7 +92,8 @@ template<int Lanes> struct Passes {
             Store(to + 8, __builtin_shufflevector(ab1, cd1, 0, 1, 4, 5));
             Store(to + 12, __builtin_shufflevector(ab1, cd1, 2, 3, 6, 7));
         } else {
-            // Within each half as above: columns 0 and 4, 1 and 5, 2 and 6, 3 and 7; then the halves are sorted.
+            // Within each half as above: columns 0 and 4, 1 and 5, 2 and 6, 3 and 7; then the halves are
+            // sorted.
             const Vector ab0 = __builtin_shufflevector(a, b, 0, 8, 1, 9, 4, 12, 5, 13);
             const Vector ab1 = __builtin_shufflevector(a, b, 2, 10, 3, 11, 6, 14, 7, 15);
             const Vector cd0 = __builtin_shufflevector(c, d, 0, 8, 1, 9, 4, 12, 5, 13);
@@ -135,12 +150,13 @@ template<int Lanes> struct Passes {
 
     static void FirstPassFromParts(const float* re, const float* im, float* outRe, float* outIm, int length,
                                    const float* twiddles) {
-        FirstPass([re, im](int index) { return Load(re + index, im + index); }, outRe, outIm, length, twiddles);
+        FirstPass([re, im](int index) { return Load(re + index, im + index); }, outRe, outIm, length,
+                  twiddles);
     }
 
     // Neighbouring columns make a vector. `twiddles`: six numbers for each p.
-    static void MiddlePass(const float* re, const float* im, float* outRe, float* outIm, int length, int stride,
-                           const float* twiddles) {
+    static void MiddlePass(const float* re, const float* im, float* outRe, float* outIm, int length,
+                           int stride, const float* twiddles) {
         if (stride < Lanes) {
             PairedPass(re, im, outRe, outIm, length, twiddles);
             return;
@@ -202,7 +218,9 @@ template<int Lanes> struct Passes {
     // The last pass has one p and so no twiddle factors.
     static void LastPass4(const float* re, const float* im, float* outRe, float* outIm, int stride) {
         for (int q = 0; q < stride; q += Lanes) {
-            const auto row = [&](int index) { return Load(re + index * stride + q, im + index * stride + q); };
+            const auto row = [&](int index) {
+                return Load(re + index * stride + q, im + index * stride + q);
+            };
             const auto store = [&](int index, Complex value) {
                 Store(outRe + index * stride + q, outIm + index * stride + q, value);
             };
@@ -218,7 +236,9 @@ template<int Lanes> struct Passes {
     static void LastPass8(const float* re, const float* im, float* outRe, float* outIm, int stride) {
         const Vector diagonal = Broadcast(0.70710678118654752440F);
         for (int q = 0; q < stride; q += Lanes) {
-            const auto row = [&](int index) { return Load(re + index * stride + q, im + index * stride + q); };
+            const auto row = [&](int index) {
+                return Load(re + index * stride + q, im + index * stride + q);
+            };
             const auto store = [&](int index, Complex value) {
                 Store(outRe + index * stride + q, outIm + index * stride + q, value);
             };
@@ -238,8 +258,8 @@ template<int Lanes> struct Passes {
         }
     }
 
-    // X[k] = (Z[k] + Z*[M - k]) / 2 - i W^k (Z[k] - Z*[M - k]) / 2 with W = e^(-2 pi i / N), M = N / 2: a bin and its
-    // mirror image at once.
+    // X[k] = (Z[k] + Z*[M - k]) / 2 - i W^k (Z[k] - Z*[M - k]) / 2 with W = e^(-2 pi i / N), M = N / 2: a bin
+    // and its mirror image at once.
     static void SplitSpectra(float* data, const float* re, const float* im, int half, const float* rotation) {
         const int middle = half / 2;
         const float* sines = rotation + middle + 1;

@@ -1,5 +1,5 @@
-// Measures of a stretch of samples, in whole vectors. The order of all sums is fixed, so that results are the same on every
-// machine.
+// Measures of a stretch of samples, in whole vectors. The order of all sums is fixed, so that results are the
+// same on every machine.
 
 #pragma once
 

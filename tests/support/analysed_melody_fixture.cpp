@@ -16,8 +16,8 @@ namespace sonorelle::test {
 // Of any length, without its samples.
 class AnalysedMelody::SilentFile : public MemoryAudioFile {
 public:
-    SilentFile(std::int32_t frames, float rate, std::string path)
-        : MemoryAudioFile({{}}, rate, std::move(path)), length(frames) {}
+    SilentFile(std::int32_t frames, float rate, std::string filePath)
+        : MemoryAudioFile({{}}, rate, std::move(filePath)), length(frames) {}
     std::int32_t GetLength() const override { return length; }
 
 private:
@@ -25,6 +25,8 @@ private:
 };
 
 namespace {
+
+constexpr double kLongestPeriod = 1e6; // samples; what is lower than any voice has none
 
 std::vector<PitchMarkRecord> MarksOf(const std::vector<NoteRecord>& notes, std::int32_t length,
                                      float sampleRate) {
@@ -38,7 +40,8 @@ std::vector<PitchMarkRecord> MarksOf(const std::vector<NoteRecord>& notes, std::
         if (note < notes.size() && notes[note].start <= position) {
             const double hertz = 440.0 * std::exp2((static_cast<double>(notes[note].pitch) - 69.0) / 12.0);
             mark.voicing = 20.0F;
-            mark.period = static_cast<float>(std::round(static_cast<double>(sampleRate) / hertz));
+            const double period = static_cast<double>(sampleRate) / hertz;
+            if (period < kLongestPeriod) mark.period = static_cast<float>(std::round(period));
         }
         marks.push_back(mark);
     }
@@ -68,16 +71,18 @@ std::vector<NoteRecord> EvenNotes(const std::vector<float>& midiPitches, std::in
 
 AnalysedMelody::AnalysedMelody(std::vector<NoteRecord> notes, std::int32_t tail, float sampleRate)
     : records(std::move(notes)), length((records.empty() ? 0 : records.back().end) + tail) {
-    const std::string path = folder.File("song.wav").string();
+    path = folder.File("song.wav").string();
     std::ofstream(path) << "silence";
     constexpr std::int64_t kLongAgo = 1'000'000'000'000'000'000; // older than the cache: nanoseconds in 2001
     SetModificationTime(path, kLongAgo);
     audio = std::make_unique<SilentFile>(length, sampleRate, path);
-    const std::vector<PitchMarkRecord> marks = MarksOf(records, length, sampleRate);
-    const bool loaded = WriteMelodyCache(path + ".kva", 0, marks, records) &&
-                        analyzer.Attach(audio.get()) == 0 && analyzer.ReadCacheHeader() == 0 &&
-                        analyzer.LoadCache() == 1;
-    if (!loaded) throw std::runtime_error("the analyser does not take the cache of the melody");
+    if (!Reload(records)) throw std::runtime_error("the analyser does not take the cache of the melody");
+}
+
+bool AnalysedMelody::Reload(const std::vector<NoteRecord>& notes) {
+    records = notes;
+    return WriteMelodyCache(path + ".kva", 0, MarksOf(records, length, audio->GetSampleRate()), records) &&
+           analyzer.Attach(audio.get()) == 0 && analyzer.ReadCacheHeader() == 0 && analyzer.LoadCache() == 1;
 }
 
 AnalysedMelody::~AnalysedMelody() = default;

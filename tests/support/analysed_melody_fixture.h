@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace sonorelle::test {
@@ -29,6 +30,10 @@ public:
     AnalysedMelody(const AnalysedMelody&) = delete;
     AnalysedMelody& operator=(const AnalysedMelody&) = delete;
 
+    // The same recording with other notes, as a fresh analysis might find them. Whether the analyser took
+    // them.
+    bool Reload(const std::vector<NoteRecord>& notes);
+
     CMelodyAnalyzer& Analyzer() { return analyzer; }
     const std::vector<NoteRecord>& Notes() const { return records; }
     std::int32_t Length() const { return length; } // frames
@@ -39,6 +44,7 @@ private:
     std::vector<NoteRecord> records;
     std::int32_t length = 0;
     TemporaryFolder folder;
+    std::string path;
     std::unique_ptr<SilentFile> audio;
     CMelodyAnalyzer analyzer;
 };

@@ -295,7 +295,7 @@ void LiteralNoteModel::NormaliseFrames() {
     for (AnalysisFrame& frame : frames)
         frame.level = static_cast<float>(static_cast<double>(frame.level) * factor);
     for (int i = 0; i < Count(frames); ++i) {
-        if (Voiced(frames, i) && Level(frames, i) < 0.0005) At(frames, i).voiced = 0;
+        if (Voiced(frames, i) && At(frames, i).level < 0.0005F) At(frames, i).voiced = 0;
         if (i == 0 || !Voiced(frames, i - 1) || !Voiced(frames, i)) continue;
         if ((Level(frames, i) - Level(frames, i - 1)) / Level(frames, i - 1) > 0.95)
             At(frames, i - 1).voiced = 0;
@@ -559,7 +559,7 @@ void LiteralNoteModel::MergePass() {
     while (i < static_cast<int>(notes.size())) {
         NoteRecord& t = notes[static_cast<std::size_t>(i)];
         const bool isShort = t.length < minNoteLength;
-        if (isShort && static_cast<double>(t.level) < 0.0005) {
+        if (isShort && t.level < 0.0005F) {
             notes.erase(notes.begin() + i);
             continue;
         }
@@ -628,7 +628,7 @@ void LiteralNoteModel::DropPass() {
 void LiteralNoteModel::CleanUpNotes() {
     const auto count = [&] { return static_cast<int>(notes.size()); };
     for (int i = 0; i < count(); ++i) {
-        if (static_cast<double>(notes[static_cast<std::size_t>(i)].level) > 0.05) Extend(i, false);
+        if (notes[static_cast<std::size_t>(i)].level > 0.05F) Extend(i, false);
     }
     MergePass();
     for (int i = 0; i < count(); ++i) Extend(i, true);

@@ -2,8 +2,8 @@
 //
 // Every look-up walks the list from its beginning, every window is measured anew from its first frame to its
 // last, every mean is summed again; nothing is remembered from one round to the next. Arithmetic is in f64
-// and rounds to f32 where a value enters a record. Lists must rise strictly in position and hold finite
-// pitches.
+// and rounds to f32 where a value enters a record; levels are compared with limits in f32, so that a level of
+// 0.05 is not above 0.05. Lists must rise strictly in position and hold finite pitches.
 #pragma once
 
 #include "analysis/records.h"

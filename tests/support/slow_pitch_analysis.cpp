@@ -17,26 +17,31 @@ constexpr double kRate = 11025.0;
 
 using Complex = std::complex<double>;
 
-// The recursion of the textbook: even and odd samples apart.
-std::vector<Complex> Transform(const std::vector<Complex>& x) {
-    const std::size_t n = x.size();
-    if (n == 1) return x;
-    std::vector<Complex> even(n / 2), odd(n / 2);
-    for (std::size_t i = 0; i < n / 2; ++i) {
-        even[i] = x[2 * i];
-        odd[i] = x[2 * i + 1];
+// e^(-2 pi i k / kSize)
+std::vector<Complex> MakeCircle() {
+    std::vector<Complex> circle(kSize);
+    for (std::size_t k = 0; k < circle.size(); ++k) {
+        circle[k] = std::polar(1.0, -2.0 * std::numbers::pi * static_cast<double>(k) / kSize);
     }
-    even = Transform(even);
-    odd = Transform(odd);
-    std::vector<Complex> out(n);
+    return circle;
+}
+
+// The recursion of the textbook: transforms of the even and the odd samples, turned and added. Takes `n`
+// samples, `stride` apart, and gives `n` bins in a row.
+void Transform(const Complex* x, Complex* out, std::size_t n, std::size_t stride,
+               const std::vector<Complex>& circle) {
+    if (n == 1) {
+        out[0] = x[0];
+        return;
+    }
+    Transform(x, out, n / 2, 2 * stride, circle);
+    Transform(x + stride, out + n / 2, n / 2, 2 * stride, circle);
     for (std::size_t k = 0; k < n / 2; ++k) {
-        const Complex turned =
-            std::polar(1.0, -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n)) *
-            odd[k];
-        out[k] = even[k] + turned;
-        out[k + n / 2] = even[k] - turned;
+        const Complex even = out[k];
+        const Complex turned = circle[k * stride] * out[k + n / 2];
+        out[k] = even + turned;
+        out[k + n / 2] = even - turned;
     }
-    return out;
 }
 
 double HertzOf(int bin) { return bin * kRate / kSize; }
@@ -72,7 +77,9 @@ double Rivalry(const std::vector<double>& values, int best) {
 std::vector<double> ZeroPaddedMagnitudes(const std::vector<double>& windowed) {
     std::vector<Complex> padded(Index(kSize));
     std::copy(windowed.begin(), windowed.end(), padded.begin());
-    const std::vector<Complex> transformed = Transform(padded);
+    static const std::vector<Complex> circle = MakeCircle();
+    std::vector<Complex> transformed(padded.size());
+    Transform(padded.data(), transformed.data(), padded.size(), 1, circle);
     std::vector<double> magnitudes(Index(kHalf));
     for (int k = 0; k < kHalf; ++k) magnitudes[Index(k)] = std::abs(transformed[Index(k)]);
     return magnitudes;
