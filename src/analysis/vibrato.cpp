@@ -111,11 +111,11 @@ public:
         while (window.last < locator.LastIndex()) {
             Locate();
             scan.Scan(window.first, window.last);
-            if (scan.Largest() - scan.Smallest() >= kTooWide) {
-                MoveOn();
-            } else if (scan.Peaks().count < 2 || scan.Valleys().count < 2) {
+            const bool tooWide = scan.Largest() - scan.Smallest() >= kTooWide;
+            const bool swings = scan.Peaks().count >= 2 && scan.Valleys().count >= 2;
+            if (!tooWide && !swings) {
                 MovePastSteadyPitch();
-            } else if (IsVibrato()) {
+            } else if (!tooWide && IsVibrato()) {
                 FlattenAndGrow();
             } else {
                 MoveOn();

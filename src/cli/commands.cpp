@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 
 #include "cli/analyse_command.h"
+#include "cli/arrange_command.h"
 #include "cli/console.h"
 #include "cli/version.h"
 
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <exception>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace sonorelle {
@@ -17,11 +19,13 @@ namespace sonorelle {
 namespace {
 
 constexpr const char* kProgram = "sonorelle";
-constexpr const char* kDescription = "Sonorelle hears the melody in a recording of one voice.";
-constexpr const char* kFooter = "Example:\n"
+constexpr const char* kDescription =
+    "Sonorelle hears the melody in a recording of one voice and arranges it for up to four.";
+constexpr const char* kFooter = "Examples:\n"
                                 "  sonorelle analyse song.wav --picture song.svg\n"
+                                "  sonorelle arrange song.wav -o out\n"
                                 "\n"
-                                "'sonorelle analyse --help' tells more.";
+                                "'sonorelle analyse --help' and 'sonorelle arrange --help' tell more.";
 constexpr const char* kAnalyseDescription =
     "Finds the notes, the key and the tuning of each recording and prints them as a table.";
 constexpr const char* kAnalyseFooter =
@@ -40,6 +44,30 @@ constexpr const char* kAnalyseFooter =
     "  sonorelle analyse song.wav\n"
     "  sonorelle analyse --json *.wav > songs.jsonl\n"
     "  sonorelle analyse song.wav --picture song.svg --csv-file song.csv";
+
+constexpr const char* kArrangeDescription =
+    "Finds chords and harmony voices for each recording, and writes them as MIDI files and a picture.";
+constexpr const char* kArrangeFooter =
+    "For song.wav it writes Out_song.mid (all voices, each on a channel of its own),\n"
+    "Out_song_chords.mid (in the intelligent styles) and Out_song.svg (the voices in\n"
+    "their colours, the pitch curve, the chords). What was there of these names is\n"
+    "replaced.\n"
+    "\n"
+    "Names may be written in any case and cut short as long as they are clear:\n"
+    "--style block --arrangement \"drop2 int\". 'sonorelle arrange --list' prints them\n"
+    "all with their numbers.\n"
+    "\n"
+    "JSON is one object a recording, each on a line of its own; its pitches are those\n"
+    "before transposing.\n"
+    "\n"
+    "Exit codes: 0 done; 1 a recording failed (the others were done); 2 wrong use;\n"
+    "130 cancelled by Ctrl-C, and the recording in work leaves nothing behind.\n"
+    "\n"
+    "Examples:\n"
+    "  sonorelle arrange song.wav -o out\n"
+    "  sonorelle arrange song.wav --style organum --arrangement \"octave around\"\n"
+    "  sonorelle arrange song.wav --root Eb --scale \"harmonic minor\" --range 0\n"
+    "  sonorelle arrange song.wav --style \"parallel manual 4\" --intervals 0,2,4,-7";
 
 // File names that the parser would take for something else are spelled out as paths: those behind "--" that
 // begin with a dash, and those in brackets, which it would take for lists.
@@ -82,11 +110,73 @@ CLI::App* AddAnalyse(CLI::App& program, AnalyseOptions& options) {
     return command;
 }
 
+void AddTextOption(CLI::App& command, const char* name, std::optional<std::string>& value, const char* type,
+                   const char* description) {
+    command
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = text; }, description)
+        ->type_name(type);
+}
+
+CLI::App* AddArrange(CLI::App& program, ArrangeOptions& options) {
+    CLI::App* command = program.add_subcommand("arrange", kArrangeDescription);
+    command->footer(kArrangeFooter);
+    command
+        ->add_option("FILE", options.files,
+                     "Recordings: WAV, AIFF and others, mono or stereo, from 11025 Hz on")
+        ->type_name("");
+    command
+        ->add_option("-o,--output", options.folder,
+                     "Folder of the results, made if missing (default: this one)")
+        ->type_name("DIR");
+    AddTextOption(*command, "--style", options.style, "NAME",
+                  "Name or list position (default: Intelligent 4 Voices)");
+    AddTextOption(*command, "--arrangement", options.arrangement, "NAME",
+                  "Name or number, of the styles that have some");
+    AddTextOption(*command, "--root", options.root, "NOTE", "Key root, such as C# or Db (default: as found)");
+    AddTextOption(*command, "--scale", options.scale, "NAME", "Name or number (default: as found)");
+    AddTextOption(*command, "--harmony-scale", options.harmonyScale, "NAME",
+                  "Name or number (default: the melody's)");
+    AddTextOption(*command, "--snap", options.snap, "on|off",
+                  "Move the melody into its scale, and on to the harmony's (default: on)");
+    AddTextOption(*command, "--range", options.range, "N",
+                  "Harmony voices above the melody, intelligent styles (default: 1)");
+    AddTextOption(*command, "--spread", options.spread, "X",
+                  "Width of the voicings from 0 to 1, intelligent styles (default: 0.6)");
+    AddTextOption(*command, "--intervals", options.intervals, "A,B,C,D",
+                  "Names or scale steps by voice, parallel styles (default: 0,-2,2,5)");
+    AddTextOption(*command, "--transpose", options.transpose, "N", "Semitones from -24 to 24 (default: 0)");
+    AddTextOption(*command, "--tempo", options.tempo, "BPM", "Of the MIDI files (default: 120)");
+    AddTextOption(*command, "--region", options.region, "START:END",
+                  "Seconds of the recording that go into the MIDI files (default: all)");
+    command->add_flag("--json", options.json, "Print JSON in place of the summary");
+    command->add_flag("--list", options.list, "Print styles, arrangements, scales and intervals, and end");
+    command->add_flag("--small-picture", options.smallPicture,
+                      "Draw the picture for the column of a text, without loudness");
+    command->add_flag_callback(
+        "--no-cache", [&options] { options.useCache = false; },
+        "Neither use nor keep results of the analysis beside the recording");
+    command->add_flag("--quiet", options.quiet, "Show no progress bar");
+    return command;
+}
+
 int WrongUse(const Console& console, const CLI::App* command, const std::string& text) {
     console.Complain("", text);
     const std::string name = std::string(kProgram) + (command != nullptr ? " " + command->get_name() : "");
     std::fprintf(console.err, "Try '%s --help'.\n", name.c_str());
     return kExitWrongUse;
+}
+
+int CheckAndAnalyse(const AnalyseOptions& options, const CLI::App* command, const Console& console) {
+    const std::string wrong = FindWrongUse(options);
+    return wrong.empty() ? RunAnalyse(options, console) : WrongUse(console, command, wrong);
+}
+
+int CheckAndArrange(const ArrangeOptions& options, const CLI::App* command, const Console& console) {
+    ArrangementSettings settings;
+    std::string wrong = ReadSettings(options, settings);
+    if (wrong.empty()) wrong = FindWrongUse(options);
+    return wrong.empty() ? RunArrange(options, settings, console) : WrongUse(console, command, wrong);
 }
 
 int ParseAndRun(const std::vector<std::string>& arguments, const Console& console) {
@@ -96,7 +186,11 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Console& consol
     program.set_version_flag("--version", std::string(kProgram) + " " + kVersion);
     AnalyseOptions analyseOptions;
     CLI::App* analyse = AddAnalyse(program, analyseOptions);
-    const auto chosen = [&]() -> const CLI::App* { return analyse->parsed() ? analyse : nullptr; };
+    ArrangeOptions arrangeOptions;
+    CLI::App* arrange = AddArrange(program, arrangeOptions);
+    const auto chosen = [&]() -> const CLI::App* {
+        return analyse->parsed() ? analyse : arrange->parsed() ? arrange : nullptr;
+    };
     const auto isFirst = [&](const CLI::App* command) { return command->check_name(arguments[0]); };
     if (!arguments.empty() && !arguments[0].starts_with('-') && program.get_subcommands(isFirst).empty()) {
         return WrongUse(console, nullptr, "There is no command '" + arguments[0] + "'");
@@ -112,9 +206,8 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Console& consol
     } catch (const CLI::ParseError& error) {
         return WrongUse(console, chosen(), error.what());
     }
-    const std::string wrong = FindWrongUse(analyseOptions);
-    if (!wrong.empty()) return WrongUse(console, analyse, wrong);
-    return RunAnalyse(analyseOptions, console);
+    return arrange->parsed() ? CheckAndArrange(arrangeOptions, arrange, console)
+                             : CheckAndAnalyse(analyseOptions, analyse, console);
 }
 
 } // namespace

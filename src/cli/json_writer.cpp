@@ -25,6 +25,11 @@ void JsonWriter::Float(float value) {
     text_ += std::isfinite(value) ? FormatFloat(value) : "null";
 }
 
+void JsonWriter::Boolean(bool value) {
+    Separate();
+    text_ += value ? "true" : "false";
+}
+
 void JsonWriter::String(std::string_view text) {
     Separate();
     AppendQuoted(text);

@@ -28,6 +28,7 @@ public:
 
     void Integer(std::int64_t value);
     void Float(float value); // null when it is not finite
+    void Boolean(bool value);
     // Any bytes: what is not UTF-8 becomes U+FFFD.
     void String(std::string_view text);
 

@@ -2,7 +2,6 @@
 
 #include "cli/melody_report.h"
 #include "cli/note_names.h"
-#include "cli/piano_roll.h"
 #include "cli/unicode_text.h"
 #include "platform/file_system.h"
 #include "platform/numbers.h"
@@ -19,17 +18,7 @@ namespace {
 constexpr double kOutlierShare = 0.02;
 
 std::vector<float> PitchesToShow(const MelodyReport& report) {
-    std::vector<float> voiced;
-    for (const CurvePoint& point : report.curve) {
-        if (point.voiced && point.midiPitch > 0 && std::isfinite(point.midiPitch))
-            voiced.push_back(point.midiPitch);
-    }
-    std::sort(voiced.begin(), voiced.end());
-    std::vector<float> pitches;
-    if (!voiced.empty()) {
-        const auto cut = static_cast<std::size_t>(static_cast<double>(voiced.size()) * kOutlierShare);
-        pitches = {voiced[cut], voiced[voiced.size() - 1 - cut]};
-    }
+    std::vector<float> pitches = CurvePitchesToShow(report);
     for (const NoteRecord& note : report.notes) pitches.push_back(note.pitch);
     return pitches;
 }
@@ -44,6 +33,31 @@ std::string Subtitle(const MelodyReport& report) {
 
 } // namespace
 
+std::vector<float> CurvePitchesToShow(const MelodyReport& report) {
+    std::vector<float> voiced;
+    for (const CurvePoint& point : report.curve) {
+        if (point.voiced && point.midiPitch > 0 && std::isfinite(point.midiPitch))
+            voiced.push_back(point.midiPitch);
+    }
+    std::sort(voiced.begin(), voiced.end());
+    std::vector<float> pitches;
+    if (!voiced.empty()) {
+        const auto cut = static_cast<std::size_t>(static_cast<double>(voiced.size()) * kOutlierShare);
+        pitches = {voiced[cut], voiced[voiced.size() - 1 - cut]};
+    }
+    return pitches;
+}
+
+std::vector<RollPoint> RollCurve(const MelodyReport& report, float transpose) {
+    std::vector<RollPoint> curve;
+    for (const CurvePoint& point : report.curve) {
+        // 0 stands for no pitch, and stays.
+        const float pitch = point.midiPitch > 0 ? point.midiPitch + transpose : point.midiPitch;
+        curve.push_back({SecondsOf(report, point.position), pitch, point.voiced, std::sqrt(point.level)});
+    }
+    return curve;
+}
+
 std::string DrawMelody(const MelodyReport& report) {
     PianoRoll roll;
     roll.title = PrintableText(FileNamePart(report.file));
@@ -55,10 +69,7 @@ std::string DrawMelody(const MelodyReport& report) {
         lead.notes.push_back({SecondsOf(report, note.start), SecondsOf(report, note.end), note.pitch});
     }
     roll.voices.push_back(std::move(lead));
-    for (const CurvePoint& point : report.curve) {
-        roll.curve.push_back(
-            {SecondsOf(report, point.position), point.midiPitch, point.voiced, std::sqrt(point.level)});
-    }
+    roll.curve = RollCurve(report, 0);
     return DrawPianoRoll(roll);
 }
 

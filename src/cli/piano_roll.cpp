@@ -3,10 +3,11 @@
 //   2. lanes: light for white keys, darker for black ones, and a line below each C
 //   3. time lines, through lanes and loudness strip
 //   4. loudness strip
-//   5. note bars, voice by voice
+//   5. note bars, from the last voice to the lead
 //   6. the pitch curve over the bars
-//   7. names of notes above their bars, kept legible by a halo
-//   8. keyboard, axis labels and frames
+//   7. names of notes above their bars, kept legible by a halo, or in them
+//   8. a veil over what lies outside of the region
+//   9. chord names, keyboard, axis labels and frames
 #include "cli/piano_roll.h"
 
 #include "cli/colour.h"
@@ -16,6 +17,7 @@
 #include "platform/numbers.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -54,29 +56,92 @@ constexpr double kTickLength = 6;
 constexpr double kMinorTickLength = 3;
 constexpr double kTickLabelBase = 18;     // below the loudness strip
 constexpr double kTickLabelOverhang = 16; // of the last label into the margin
+constexpr double kSwatchWidth = 18;
+constexpr double kSwatchHeight = 10;
+constexpr double kSwatchGap = 5;
+constexpr double kLegendGap = 16;
+constexpr double kBarNameSize = 9.5;
+constexpr double kBarNameInset = 3;
+constexpr double kChordSize = 12;
+constexpr double kChordInset = 3; // between a chord's mark and its name
+constexpr std::size_t kMostChordLines = 3;
+constexpr double kChordMarkGap = 3; // above the mark
+constexpr double kChordBase = 6;    // of the lower line above the row's end
+constexpr double kVeilOpacity = 0.7;
 constexpr double kCurveWidth = 1.5;
 // Long recordings are drawn small: a finer line keeps vibrato from filling its bar.
 constexpr double kFineCurveWidth = 0.8;
 constexpr double kFineCurveScale = 30; // pixels a second, from here down
 
+Paint BarPaint(const RollVoice& voice) {
+    const Colour colour = kVoiceColours[voice.colour % kVoiceColours.size()];
+    return {.fill = WidgetColour(colour), .outline = colour, .outlineWidth = 1.4, .cornerRadius = kBarRadius};
+}
+
+struct PlacedChord {
+    double x = 0;    // of its mark, where the chord begins
+    double left = 0; // of its name
+    int line = 0;    // from the lowest
+    std::string name;
+};
+
+// Each name begins at its chord's start, on the lowest line where no name before it is in the way. What finds
+// no place on the highest line either keeps its mark, without a name.
+std::vector<PlacedChord> PlaceChords(const PianoRoll& roll) {
+    const RollLayout layout = LayOutRoll(roll.seconds, roll.span, roll.format);
+    const Box& row = layout.chords;
+    std::array<double, kMostChordLines> free; // from where on each line is free
+    free.fill(row.x);
+    std::vector<PlacedChord> placed;
+    for (const RollChord& chord : roll.chords) {
+        const double x = std::clamp(layout.XOf(chord.startSeconds), row.x, row.Right());
+        const double width = EstimateTextWidth(chord.name, kChordSize, true);
+        const double left = std::min(x + kChordInset, row.Right() - width);
+        const auto line =
+            std::find_if(free.begin(), free.end(), [left](double from) { return left >= from; });
+        if (line == free.end()) {
+            placed.push_back({x, left, 0, ""});
+            continue;
+        }
+        *line = left + width + kChordInset;
+        placed.push_back({x, left, static_cast<int>(line - free.begin()), chord.name});
+    }
+    return placed;
+}
+
+int CountLines(const std::vector<PlacedChord>& chords) {
+    int lines = 0;
+    for (const PlacedChord& chord : chords) lines = std::max(lines, chord.line + 1);
+    return lines;
+}
+
+RollFormat FormatWith(RollFormat format, const std::vector<PlacedChord>& chords) {
+    format.chordLines = CountLines(chords);
+    return format;
+}
+
 class Drawing {
 public:
     explicit Drawing(const PianoRoll& roll)
-        : roll_(roll), layout_(LayOutRoll(roll.seconds, roll.span)),
+        : roll_(roll), chords_(PlaceChords(roll)),
+          layout_(LayOutRoll(roll.seconds, roll.span, FormatWith(roll.format, chords_))),
           ticks_(ChooseTicks(layout_.seconds, layout_.pixelsPerSecond)),
           canvas_(layout_.width, layout_.height, roll.title) {}
 
     std::string Draw() && {
         DrawGround();
+        DrawLegend();
         DrawLanes();
         DrawLoudnessGround();
         DrawTimeLines();
         DrawLoudness();
         canvas_.BeginClip(layout_.lanes);
-        for (const RollVoice& voice : roll_.voices) DrawBars(voice);
+        for (auto voice = roll_.voices.rbegin(); voice != roll_.voices.rend(); ++voice) DrawBars(*voice);
         DrawCurve();
         for (const RollVoice& voice : roll_.voices) DrawNames(voice);
+        DrawVeil();
         canvas_.EndClip();
+        DrawChords();
         DrawKeys();
         DrawTimeAxis();
         DrawFrames();
@@ -86,12 +151,19 @@ public:
 private:
     void DrawGround();
     void DrawLanes();
-    void DrawLoudnessGround() { canvas_.Rectangle(layout_.loudness, {.fill = kWhiteLane}); }
+    double LegendWidth() const; // with a gap in front; 0 where there is none
+    void DrawLegend();
+    void DrawLoudnessGround() {
+        if (roll_.format.hasLoudness) canvas_.Rectangle(layout_.loudness, {.fill = kWhiteLane});
+    }
     void DrawTimeLines();
     void DrawLoudness();
     void DrawBars(const RollVoice& voice);
     void DrawCurve();
     void DrawNames(const RollVoice& voice);
+    void DrawNameInBar(const RollNote& note, const std::string& name);
+    void DrawVeil();
+    void DrawChords();
     void DrawKeys();
     void DrawTimeAxis();
     void DrawFrames();
@@ -103,6 +175,7 @@ private:
     Box BarOf(const RollNote& note) const;
 
     const PianoRoll& roll_;
+    const std::vector<PlacedChord> chords_;
     const RollLayout layout_;
     const TimeTicks ticks_;
     SvgCanvas canvas_;
@@ -120,20 +193,41 @@ bool Drawing::IsVisible(const RollNote& note) const {
 }
 
 Box Drawing::BarOf(const RollNote& note) const {
-    const double height = layout_.laneHeight * kBarShare;
+    const double whole = layout_.laneHeight * kBarShare;
+    const double height = whole / std::max(note.strips, 1);
     const double left = layout_.XOf(note.startSeconds);
-    return {left, layout_.YOf(static_cast<double>(note.midiPitch)) - height / 2,
-            std::max(layout_.XOf(note.endSeconds) - left, kSmallestBar), height};
+    const double top = layout_.YOf(static_cast<double>(note.midiPitch)) - whole / 2 + note.strip * height;
+    return {left, top, std::max(layout_.XOf(note.endSeconds) - left, kSmallestBar), height};
 }
 
 void Drawing::DrawGround() {
     canvas_.Rectangle({0, 0, layout_.width, layout_.height}, {.fill = kGround});
-    const double room = layout_.lanes.Right() - layout_.keys.x;
+    const double room = layout_.lanes.Right() - layout_.keys.x - LegendWidth();
     const auto limit = static_cast<std::size_t>(room / EstimateTextWidth("m", kTitleSize, true));
     canvas_.Text({layout_.keys.x, kTitleBase}, ShortenMiddle(roll_.title, limit),
                  {.size = kTitleSize, .colour = kInk, .bold = true});
     canvas_.Text({layout_.keys.x, kSubtitleBase}, roll_.subtitle,
                  {.size = kSubtitleSize, .colour = kFaintInk});
+}
+
+double Drawing::LegendWidth() const {
+    double width = 0;
+    for (const RollVoice& voice : roll_.voices)
+        if (!voice.name.empty())
+            width += kSwatchWidth + kSwatchGap + EstimateTextWidth(voice.name, kLabelSize) + kLegendGap;
+    return width;
+}
+
+// At the right end of the title's line.
+void Drawing::DrawLegend() {
+    double x = layout_.lanes.Right() - LegendWidth() + kLegendGap;
+    for (const RollVoice& voice : roll_.voices) {
+        if (voice.name.empty()) continue;
+        canvas_.Rectangle({x, kTitleBase - kSwatchHeight + 1, kSwatchWidth, kSwatchHeight}, BarPaint(voice));
+        x += kSwatchWidth + kSwatchGap;
+        canvas_.Text({x, kTitleBase}, voice.name, {.size = kLabelSize, .colour = kInk});
+        x += EstimateTextWidth(voice.name, kLabelSize) + kLegendGap;
+    }
 }
 
 void Drawing::DrawLanes() {
@@ -158,11 +252,13 @@ void Drawing::DrawTimeLines() {
         if (index == 0) return;
         const double x = layout_.XOf(seconds);
         canvas_.Line({x, layout_.lanes.y}, {x, layout_.lanes.Bottom()}, {kTimeLine, 1});
-        canvas_.Line({x, layout_.loudness.y}, {x, layout_.loudness.Bottom()}, {kTimeLine, 1});
+        if (roll_.format.hasLoudness)
+            canvas_.Line({x, layout_.loudness.y}, {x, layout_.loudness.Bottom()}, {kTimeLine, 1});
     });
 }
 
 void Drawing::DrawLoudness() {
+    if (!roll_.format.hasLoudness) return;
     const Box& strip = layout_.loudness;
     std::vector<Point> points;
     for (const RollPoint& point : roll_.curve) {
@@ -178,15 +274,16 @@ void Drawing::DrawLoudness() {
     canvas_.EndClip();
 }
 
+// Pictures in a text are shown without tips.
 void Drawing::DrawBars(const RollVoice& voice) {
-    const Colour colour = kVoiceColours[voice.colour % kVoiceColours.size()];
-    const Paint paint{
-        .fill = WidgetColour(colour), .outline = colour, .outlineWidth = 1.4, .cornerRadius = kBarRadius};
+    const Paint paint = BarPaint(voice);
     for (const RollNote& note : voice.notes) {
         if (!IsVisible(note)) continue;
         canvas_.Rectangle(BarOf(note), paint,
-                          PitchText(note.midiPitch) + ", " + FormatFixed(note.startSeconds, 3) + " to " +
-                              FormatFixed(note.endSeconds, 3) + " s");
+                          roll_.format.isSmall
+                              ? ""
+                              : PitchText(note.midiPitch) + ", " + FormatFixed(note.startSeconds, 3) +
+                                    " to " + FormatFixed(note.endSeconds, 3) + " s");
     }
 }
 
@@ -215,12 +312,54 @@ void Drawing::DrawNames(const RollVoice& voice) {
         const std::optional<NamedPitch> named = NearestNote(note.midiPitch);
         if (!IsVisible(note) || !named) continue;
         const Box bar = BarOf(note);
-        std::string name = PitchText(note.midiPitch);
+        if (roll_.format.namesInBars && &voice != &roll_.voices.front()) {
+            DrawNameInBar(note, NoteName(named->midiNote));
+            continue;
+        }
+        std::string name = roll_.format.namesInBars ? NoteName(named->midiNote) : PitchText(note.midiPitch);
         if (EstimateTextWidth(name, kNameSize) > bar.width) name = NoteName(named->midiNote);
         if (EstimateTextWidth(name, kNameSize) > bar.width) continue;
         canvas_.Text({bar.x, bar.y - kNameGap}, name,
                      {.size = kNameSize, .colour = kInk, .halo = kWhiteLane});
     }
+}
+
+// Where voices share the bar, the one on top names it for all. The lead has its names above its bars, since
+// the curve runs through them.
+void Drawing::DrawNameInBar(const RollNote& note, const std::string& name) {
+    const double height = layout_.laneHeight * kBarShare;
+    const Box bar = BarOf(note);
+    const bool fits =
+        EstimateTextWidth(name, kBarNameSize) + 2 * kBarNameInset <= bar.width && height >= kBarNameSize;
+    if (!fits || note.strip > 0) return;
+    canvas_.Text({bar.x + kBarNameInset, bar.y + height / 2 + kBarNameSize * 0.36}, name,
+                 {.size = kBarNameSize, .colour = kBlack});
+}
+
+void Drawing::DrawVeil() {
+    if (!roll_.region) return;
+    const Box& lanes = layout_.lanes;
+    const double start = std::clamp(layout_.XOf(roll_.region->startSeconds), lanes.x, lanes.Right());
+    const double end = std::clamp(layout_.XOf(roll_.region->endSeconds), start, lanes.Right());
+    const Paint veil{.fill = kWhiteLane, .opacity = kVeilOpacity};
+    canvas_.Rectangle({lanes.x, lanes.y, start - lanes.x, lanes.height}, veil);
+    canvas_.Rectangle({end, lanes.y, lanes.Right() - end, lanes.height}, veil);
+}
+
+void Drawing::DrawChords() {
+    const Box& row = layout_.chords;
+    if (chords_.empty()) return;
+    canvas_.Rectangle(row, {.fill = kWhite});
+    const double lineHeight = row.height / CountLines(chords_);
+    for (const PlacedChord& chord : chords_) {
+        const double bottom = row.Bottom() - chord.line * lineHeight;
+        canvas_.Line({chord.x, bottom - lineHeight + kChordMarkGap}, {chord.x, row.Bottom()}, {kFrame, 1});
+        canvas_.Text({chord.left, bottom - kChordBase}, chord.name,
+                     {.size = kChordSize, .colour = kInk, .bold = true, .halo = kWhite});
+    }
+    canvas_.Text({layout_.keys.x, row.Bottom() - kChordBase}, "chords",
+                 {.size = kLabelSize, .colour = kFaintInk});
+    canvas_.Rectangle(row, {.outline = kFrame});
 }
 
 void Drawing::DrawKeys() {
@@ -260,6 +399,7 @@ void Drawing::DrawTimeAxis() {
                       .colour = kFaintInk,
                       .anchor = fits ? TextAnchor::kMiddle : TextAnchor::kEnd});
     });
+    if (!roll_.format.hasLoudness) return;
     const TextStyle style{.size = kLabelSize, .colour = kFaintInk};
     canvas_.Text({layout_.keys.x, layout_.loudness.y + kLabelSize}, "loudness", style);
 }
@@ -269,7 +409,7 @@ void Drawing::DrawFrames() {
         {layout_.keys.x, layout_.keys.y, layout_.keys.width + layout_.lanes.width, layout_.keys.height},
         {.outline = kFrame});
     canvas_.Line({layout_.lanes.x, layout_.lanes.y}, {layout_.lanes.x, layout_.lanes.Bottom()}, {kFrame, 1});
-    canvas_.Rectangle(layout_.loudness, {.outline = kFrame});
+    if (roll_.format.hasLoudness) canvas_.Rectangle(layout_.loudness, {.outline = kFrame});
 }
 
 } // namespace

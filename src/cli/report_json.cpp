@@ -6,25 +6,7 @@
 
 namespace sonorelle {
 
-namespace {
-
-void WriteNote(JsonWriter& json, const NoteRecord& note) {
-    json.BeginObject();
-    json.Key("pitch").Float(note.pitch);
-    json.Key("level").Float(note.level);
-    json.Key("length").Integer(note.length);
-    json.Key("start").Integer(note.start);
-    json.Key("end").Integer(note.end);
-    json.Key("firstFrame").Integer(note.firstFrame);
-    json.Key("lastFrame").Integer(note.lastFrame);
-    json.EndObject();
-}
-
-} // namespace
-
-std::string FormatJson(const MelodyReport& report) {
-    JsonWriter json;
-    json.BeginObject();
+void WriteMelodyMembers(JsonWriter& json, const MelodyReport& report) {
     json.Key("file").String(report.file);
     json.Key("sampleRate").Float(report.sampleRate);
     json.Key("channels").Integer(report.channels);
@@ -35,8 +17,28 @@ std::string FormatJson(const MelodyReport& report) {
     json.Key("tuningHz").Float(report.tuningHz);
     json.Key("key").Integer(report.key);
     json.Key("keyName").String(KeyName(report.key));
+}
+
+void WriteNoteMembers(JsonWriter& json, const NoteRecord& note) {
+    json.Key("pitch").Float(note.pitch);
+    json.Key("level").Float(note.level);
+    json.Key("length").Integer(note.length);
+    json.Key("start").Integer(note.start);
+    json.Key("end").Integer(note.end);
+    json.Key("firstFrame").Integer(note.firstFrame);
+    json.Key("lastFrame").Integer(note.lastFrame);
+}
+
+std::string FormatJson(const MelodyReport& report) {
+    JsonWriter json;
+    json.BeginObject();
+    WriteMelodyMembers(json, report);
     json.Key("notes").BeginArray();
-    for (const NoteRecord& note : report.notes) WriteNote(json, note);
+    for (const NoteRecord& note : report.notes) {
+        json.BeginObject();
+        WriteNoteMembers(json, note);
+        json.EndObject();
+    }
     json.EndArray();
     json.EndObject();
     return json.Text() + "\n";

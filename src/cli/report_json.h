@@ -15,8 +15,15 @@
 
 namespace sonorelle {
 
+class JsonWriter;
 struct MelodyReport;
+struct NoteRecord;
 
 std::string FormatJson(const MelodyReport& report);
+
+// The members of such an object up to the notes, and those of a note: for other objects that begin alike. An
+// object is open.
+void WriteMelodyMembers(JsonWriter& json, const MelodyReport& report);
+void WriteNoteMembers(JsonWriter& json, const NoteRecord& note);
 
 } // namespace sonorelle

@@ -12,6 +12,7 @@ constexpr double kHeaderHeight = 84; // title and subtitle, with the margin abov
 constexpr double kKeysWidth = 54;
 constexpr double kStripGap = 10;
 constexpr double kStripHeight = 56;
+constexpr double kChordLineHeight = 21;
 constexpr double kAxisHeight = 40; // with the margin below
 
 // A phrase fills a page at the smallest width; a long song gets a wider picture up to the largest, beyond
@@ -19,10 +20,13 @@ constexpr double kAxisHeight = 40; // with the margin below
 constexpr double kPixelsPerSecond = 60;
 constexpr double kSmallestLanesWidth = 1200 - 2 * kMargin - kKeysWidth;
 constexpr double kLargestLanesWidth = 9600;
+constexpr double kSmallLanesWidth = 860 - 2 * kMargin - kKeysWidth;
 // Shorter recordings than this are drawn as if they were so long: no division by 0.
 constexpr double kShortestSeconds = 1e-3;
 
 constexpr double kWantedLanesHeight = 400;
+constexpr double kWantedSmallHeight = 230;
+constexpr double kLaneHeightForNames = 13; // a name of readable size in a bar
 constexpr double kSmallestLaneHeight = 7;
 constexpr double kLargestLaneHeight = 18;
 
@@ -58,19 +62,37 @@ double RollLayout::YOf(double midiPitch) const {
     return lanes.y + (span.highest + 0.5 - midiPitch) * laneHeight;
 }
 
-RollLayout LayOutRoll(double seconds, const PitchSpan& span) {
+namespace {
+
+double LanesWidth(double seconds, const RollFormat& format) {
+    if (format.isSmall) return kSmallLanesWidth;
+    return std::clamp(std::ceil(seconds * kPixelsPerSecond), kSmallestLanesWidth, kLargestLanesWidth);
+}
+
+double LaneHeight(const PitchSpan& span, const RollFormat& format) {
+    const double wanted = format.isSmall ? kWantedSmallHeight : kWantedLanesHeight;
+    const double height =
+        std::clamp(std::round(wanted / span.Lanes()), kSmallestLaneHeight, kLargestLaneHeight);
+    return format.namesInBars && !format.isSmall ? std::max(height, kLaneHeightForNames) : height;
+}
+
+} // namespace
+
+RollLayout LayOutRoll(double seconds, const PitchSpan& span, const RollFormat& format) {
     RollLayout layout;
     layout.seconds = seconds > kShortestSeconds ? seconds : kShortestSeconds;
     layout.span = span;
-    const double lanesWidth =
-        std::clamp(std::ceil(layout.seconds * kPixelsPerSecond), kSmallestLanesWidth, kLargestLanesWidth);
+    const double lanesWidth = LanesWidth(layout.seconds, format);
     layout.pixelsPerSecond = lanesWidth / layout.seconds;
-    layout.laneHeight =
-        std::clamp(std::round(kWantedLanesHeight / span.Lanes()), kSmallestLaneHeight, kLargestLaneHeight);
+    layout.laneHeight = LaneHeight(span, format);
     const double lanesHeight = layout.laneHeight * span.Lanes();
-    layout.keys = {kMargin, kHeaderHeight, kKeysWidth, lanesHeight};
-    layout.lanes = {layout.keys.Right(), kHeaderHeight, lanesWidth, lanesHeight};
-    layout.loudness = {layout.lanes.x, layout.lanes.Bottom() + kStripGap, lanesWidth, kStripHeight};
+    const double lanesLeft = kMargin + kKeysWidth;
+    layout.chords = {lanesLeft, kHeaderHeight, lanesWidth, format.chordLines * kChordLineHeight};
+    layout.keys = {kMargin, layout.chords.Bottom(), kKeysWidth, lanesHeight};
+    layout.lanes = {lanesLeft, layout.keys.y, lanesWidth, lanesHeight};
+    const double stripGap = format.hasLoudness ? kStripGap : 0;
+    layout.loudness = {lanesLeft, layout.lanes.Bottom() + stripGap, lanesWidth,
+                       format.hasLoudness ? kStripHeight : 0};
     layout.width = layout.lanes.Right() + kMargin;
     layout.height = layout.loudness.Bottom() + kAxisHeight;
     return layout;

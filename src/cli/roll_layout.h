@@ -1,8 +1,9 @@
 // Where things lie in a piano roll: pure arithmetic between seconds, MIDI pitches and pixels.
 //
 //     +--------------------------------------------------+
-//     | title                                            |
+//     | title                                     legend |
 //     | subtitle                                         |
+//     | chord row                                        |
 //     | keys | lanes, one a semitone, time to the right  |
 //     |      | loudness strip                            |
 //     |      | time axis                                 |
@@ -28,6 +29,14 @@ struct PitchSpan {
 // around them, and at least an octave and a tone. Without pitches: around middle C.
 PitchSpan SpanOf(const std::vector<float>& pitches);
 
+// What a picture has besides keys and lanes, and how large it is.
+struct RollFormat {
+    int chordLines = 0;       // lines of chord names in a row above the lanes; 0: no row
+    bool hasLoudness = true;  // a strip below them
+    bool isSmall = false;     // for the column of a text; a page otherwise
+    bool namesInBars = false; // lanes high enough for note names in their bars, as far as the page allows
+};
+
 struct RollLayout {
     double seconds = 0; // of the whole recording
     PitchSpan span;
@@ -35,9 +44,10 @@ struct RollLayout {
     double laneHeight = 1;
     double width = 0; // of the picture
     double height = 0;
+    Box chords; // of no height where there are none
     Box keys;
     Box lanes;
-    Box loudness;
+    Box loudness; // of no height where there is none
 
     double XOf(double atSeconds) const { return lanes.x + atSeconds * pixelsPerSecond; }
     // The middle of the lane for a whole note.
@@ -45,7 +55,7 @@ struct RollLayout {
     double LaneTop(std::int32_t midiNote) const { return YOf(midiNote + 0.5); }
 };
 
-RollLayout LayOutRoll(double seconds, const PitchSpan& span);
+RollLayout LayOutRoll(double seconds, const PitchSpan& span, const RollFormat& format = {});
 
 // Marks on the time axis: every `step` seconds a line with a label of `decimals` digits, every `minorStep` a
 // tick.

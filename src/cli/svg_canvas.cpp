@@ -180,6 +180,7 @@ void SvgCanvas::Attribute(std::string_view name, std::string_view value) {
 
 void SvgCanvas::ColourAttributes(const Paint& paint) {
     Attribute("fill", paint.fill ? HexText(*paint.fill) : "none");
+    if (paint.opacity < 1) Attribute("fill-opacity", paint.opacity);
     if (paint.outline) StrokeAttributes({*paint.outline, paint.outlineWidth});
 }
 

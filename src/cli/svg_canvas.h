@@ -39,6 +39,7 @@ struct Paint {
     std::optional<Colour> outline = std::nullopt;
     double outlineWidth = 1;
     double cornerRadius = 0; // of rectangles
+    double opacity = 1;      // of the filling
 };
 
 struct Stroke {

@@ -16,7 +16,7 @@ bool ResampleClock::SetRates(std::int32_t input, std::int32_t output) {
     wholeAdvance = static_cast<std::int64_t>(inverse);
     fractionAdvance = inverse - static_cast<double>(wholeAdvance);
     const double entries = std::min(ratio * kSamplesPerCrossing, double{kSamplesPerCrossing});
-    step = static_cast<std::int32_t>(entries * 128.0 + 0.5);
+    step = static_cast<std::int32_t>(std::floor(entries * 128.0 + 0.5));
     return true;
 }
 
@@ -24,7 +24,7 @@ std::int64_t ResampleClock::CountOutputs(std::int64_t usableFrames) const {
     if (usableFrames <= 0) return 0;
     const auto usable = static_cast<double>(usableFrames);
     if (ratio >= 1.0) {
-        const auto limit = static_cast<std::int64_t>(usable * ratio * 100.0 + 0.5);
+        const auto limit = static_cast<std::int64_t>(std::floor(usable * ratio * 100.0 + 0.5));
         return (limit + 99) / 100; // all i with 100 i < limit
     }
     const auto isUsable = [&](std::int64_t i) {

@@ -10,7 +10,7 @@ namespace sonorelle {
 
 std::uint32_t RingSize(std::uint32_t length) {
     if (length < 2) return 1;
-    const int bits = std::bit_width(length);
+    const auto bits = static_cast<std::uint32_t>(std::bit_width(length));
     const std::uint32_t half = 1u << (bits - 1);
     if (length % half == 0) return half;
     return bits < 32 ? half << 1 : 0;

@@ -1,0 +1,52 @@
+// `sonorelle arrange`: recordings in; the voices that go with their melodies out, as MIDI files and a
+// picture.
+
+#pragma once
+
+#include "cli/arrangement_settings.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonorelle {
+
+struct Console;
+
+// The options as the user wrote them; nothing where an option was left out.
+struct ArrangeOptions {
+    std::vector<std::string> files;
+    std::string folder = "."; // of the results
+    std::optional<std::string> style;
+    std::optional<std::string> arrangement;
+    std::optional<std::string> root;
+    std::optional<std::string> scale;
+    std::optional<std::string> harmonyScale;
+    std::optional<std::string> snap;
+    std::optional<std::string> range;
+    std::optional<std::string> spread;
+    std::optional<std::string> intervals;
+    std::optional<std::string> transpose;
+    std::optional<std::string> tempo;
+    std::optional<std::string> region;
+    bool json = false; // JSON on standard output in place of the summary
+    bool list = false; // print what can be chosen, and do nothing else
+    bool smallPicture = false;
+    bool useCache = true;
+    bool quiet = false;
+};
+
+// Reads the options into settings. Empty when all is well; else a text that says what is wrong and what is
+// allowed, and the settings are then unfinished.
+std::string ReadSettings(const ArrangeOptions& options, ArrangementSettings& settings);
+
+// What else is wrong with the options: no recording, two results for one place, a result that would replace a
+// recording. Empty when all is well, else a text for the user.
+std::string FindWrongUse(const ArrangeOptions& options);
+
+// Arranges the files in their order and gives an ExitCode. Messages go to the console; a file that fails does
+// not stop the ones behind it. Each result appears whole or not at all. `options` passed FindWrongUse,
+// `settings` are from ReadSettings.
+int RunArrange(const ArrangeOptions& options, const ArrangementSettings& settings, const Console& console);
+
+} // namespace sonorelle
