@@ -121,6 +121,16 @@ bool CMelodyAnalyzer::CreateAnalysis() {
     return CreatePitchAnalysis(analysis, marks.get(), audio->GetSampleRate(), audio->GetNumChannels()) == kOk;
 }
 
+bool CMelodyAnalyzer::CreateBlockBuffers() try {
+    const auto channels = static_cast<std::size_t>(audio->GetNumChannels());
+    blockBuffers.assign(channels, std::vector<float>(kBlockLength));
+    blockPointers.clear();
+    for (std::vector<float>& buffer : blockBuffers) blockPointers.push_back(buffer.data());
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
 std::int32_t CMelodyAnalyzer::RunStep() {
     if (audio == nullptr || !audio->IsOpen() || cacheFile || analysed) return kComplete;
     if (!marks) {
@@ -129,13 +139,13 @@ std::int32_t CMelodyAnalyzer::RunStep() {
     }
     if (!analysis) {
         if (!CreateAnalysis()) return kComplete;
+        if (!CreateBlockBuffers()) {
+            analysis.reset();
+            return kComplete;
+        }
         audio->Seek(0);
         state = kFindingPeak;
         peak = 0;
-        const auto channels = static_cast<std::size_t>(audio->GetNumChannels());
-        blockBuffers.assign(channels, std::vector<float>(kBlockLength));
-        blockPointers.clear();
-        for (std::vector<float>& buffer : blockBuffers) blockPointers.push_back(buffer.data());
     }
     // The read goes on through the stages, where the file has ended and it gives nothing.
     const std::int32_t read = std::max(audio->Read(blockPointers.data(), kBlockLength), 0);

@@ -86,6 +86,7 @@ public:
 private:
     bool CreateMarks();
     bool CreateAnalysis();
+    bool CreateBlockBuffers();
     std::int32_t RunReadingStep(std::int32_t frames);
     void ReadPeak(std::int32_t frames);
     void AnalyseBlock(std::int32_t frames);

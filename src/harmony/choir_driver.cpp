@@ -146,7 +146,8 @@ void CChoirDriver::Rewind() {
 }
 
 void CChoirDriver::RefreshFromStore() {
-    PassKey();
+    PassMelodyKey();
+    PassHarmonyScale();
     UpdateNotePitches();
 }
 
@@ -178,8 +179,10 @@ std::int32_t CChoirDriver::RoundedPitch(std::int32_t note, float tuning) const {
 // The order matters: a new voice mode moves the engine's range, which is then set.
 void CChoirDriver::ApplySettings() {
     if (GetAutoKey()) TakeKey();
+    PassMelodyKey();
+    // Behind the melody scale, so that the harmony does not follow one that was refused.
     if (GetFollowScale()) settings.harmonyScale = settings.melodyScale;
-    PassKey();
+    PassHarmonyScale();
     engine.SetSnapToScale(settings.snapToScale);
     engine.SetMapScale(settings.mapScale);
     if (engine.SetSpread(settings.spread) != kOk) settings.spread = engine.GetVoiceLeader().GetSpread();
@@ -197,10 +200,13 @@ void CChoirDriver::TakeKey() {
     settings.melodyScale = ScaleOfKey(key);
 }
 
-void CChoirDriver::PassKey() {
+void CChoirDriver::PassMelodyKey() {
     if (engine.SetRoot(settings.root) != kOk) settings.root = engine.GetKey().GetRoot();
     if (engine.SetMelodyScale(settings.melodyScale) != kOk)
         settings.melodyScale = engine.GetKey().GetMelodyScale();
+}
+
+void CChoirDriver::PassHarmonyScale() {
     if (engine.SetHarmonyScale(settings.harmonyScale) != kOk)
         settings.harmonyScale = engine.GetKey().GetHarmonyScale();
 }

@@ -104,7 +104,8 @@ public:
     // Makes the voices of all notes; all changes of settings end here. The first Run takes the notes from the
     // analysis; without any it does nothing at all. A voicing goes by the one before it, so that notes are
     // made in order and the same settings always give the same voices (but for the randomised arrangements,
-    // whose sequence goes on). 0, or kOutOfMemory with the notes and voices as they were.
+    // whose sequence goes on). 0, or kOutOfMemory from the first Run with nothing taken; a chord path that
+    // finds no memory leaves the chords as they were, and the voices follow those.
     std::int32_t Run() noexcept;
 
     // The start of playback: what was recorded live becomes the voices of the melody, and the engine takes
@@ -214,7 +215,8 @@ private:
     std::int32_t RoundedPitch(std::int32_t note, float tuning) const;
     void ApplySettings();
     void TakeKey();
-    void PassKey();
+    void PassMelodyKey();
+    void PassHarmonyScale();
     void GenerateAll();
 
     std::int32_t MoveCursor(std::int32_t note);

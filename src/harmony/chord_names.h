@@ -25,9 +25,9 @@ inline constexpr const char* kAllChordsHeading = "all";
 // root small.
 const char* NoteName(std::int32_t pitchClass, bool useFlats, bool lowerCase = false);
 
-// Writes the name of the chord of `type` (see ChordType) on `root`, ended by a zero and cut to the buffer: "C
-// M7", "eb m7b5",
-// "--" where there is no name. kNoTetrad, a type that does not exist, and an empty buffer write nothing.
+// Writes the name of the chord of `type` (see ChordType) on `root`, ended by a zero and cut to the buffer:
+// "C M7", "eb m7b5", "--" where there is no name. kNoTetrad, a type that does not exist, and an empty buffer
+// write nothing.
 void FormatChordName(std::span<char> buffer, std::int32_t root, std::int32_t type, bool useFlats);
 
 // The same of a whole record, as a string of its own. Allocates where the string does.

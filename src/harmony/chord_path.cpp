@@ -1,12 +1,10 @@
 // The chord path is a Viterbi search over 25 states, the major and minor triads and a spare one:
 //
-//   1  weights   each note gives weight to the three triads of the key that hold it, by degree; the first and
-//   the last note
-//                prefer the tonic still more
+//   1  weights   each note gives weight to the three triads of the key that hold it, by degree; the first
+//                and the last note prefer the tonic still more
 //   2  normalise the largest weight becomes 1
 //   3  forward   the cheapest way to every state of every note: a note costs what its weight lacks of 1, a
-//   step from chord to
-//                chord what the table of progressions lacks of 1
+//                step from chord to chord what the table of progressions lacks of 1
 //   4  backward  from the cheapest end along the recorded steps
 //
 // After: G. D. Forney, "The Viterbi Algorithm", Proc. IEEE 61 (1973). Costs are sums, not logarithms of

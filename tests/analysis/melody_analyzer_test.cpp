@@ -2,6 +2,7 @@
 
 #include "analysis/pitch_marks.h"
 #include "platform/result_codes.h"
+#include "support/allocation_trap.h"
 #include "support/analysis_results.h"
 #include "support/memory_audio_file.h"
 #include "support/synthetic_singer.h"
@@ -110,6 +111,26 @@ TEST(CMelodyAnalyzer, ReadsTheFileTwiceAndThenRunsNineStages) {
     std::vector<std::int32_t> reads = {kBlock, kBlock, kBlock, 100, kBlock, kBlock, kBlock, 100};
     reads.insert(reads.end(), 10, 0); // every step reads, the nine stages and the last one in vain
     EXPECT_EQ(audio.reads, reads);
+}
+
+// Steps run on a thread of their own, which an exception would take down with the whole program.
+TEST(CMelodyAnalyzer, WithoutMemoryTheFirstStepEndsTheAnalysisAndALaterOneBeginsIt) {
+    MemoryAudioFile audio = Constant(100, {0.5F, 0.25F});
+    audio.seeks.reserve(1000);
+    audio.reads.reserve(1000);
+    CMelodyAnalyzer analyzer;
+    ASSERT_EQ(analyzer.Attach(&audio), kOk);
+    std::int32_t failures = 0;
+    for (std::int32_t result = CMelodyAnalyzer::kComplete; result == CMelodyAnalyzer::kComplete; ++failures) {
+        ASSERT_LT(failures, 900);
+        const AllocationLimit limit(failures);
+        ASSERT_NO_THROW(result = analyzer.RunStep()) << "after " << failures << " allocations";
+        EXPECT_FALSE(analyzer.IsAnalysed());
+    }
+    EXPECT_GT(failures, 5);
+    std::vector<std::int32_t> rest = ExpectedResults(1);
+    rest.erase(rest.begin());
+    EXPECT_EQ(RunToEnd(analyzer), rest);
 }
 
 TEST(CMelodyAnalyzer, FileOfWholeBlocksTakesOneMoreReadInEachPass) {

@@ -336,6 +336,17 @@ TEST_F(MidiExport, AChordOfFourNotesHasFourKeysAndNoChordHasNone) {
                             NoteEvent{off, kOff, 0, 62, 0}, NoteEvent{off, kOff, 0, 65, 0}));
 }
 
+TEST_F(MidiExport, AnotherSeventhOnTheSameRootIsAnotherChord) {
+    Load({Note(60, 125, 250), Note(64, 250, 375)});
+    using namespace ConsortierClassic;
+    rig_->driver.SetChord(0, {0, 4, kNoTriad, kMajorSeventh});
+    rig_->driver.SetChord(1, {0, 4, kNoTriad, kDominantSeventh});
+    const std::vector<NoteEvent> notes = Exported(ChordsVoice());
+    ASSERT_EQ(notes.size(), 16U);
+    EXPECT_EQ(notes[10], (NoteEvent{2 * kEighthSecond, kOff, 0, 59, 0}));
+    EXPECT_EQ(notes[11], (NoteEvent{2 * kEighthSecond, kOn, 0, 58, 127}));
+}
+
 TEST_F(MidiExport, ChordsAreTransposedWithinTheirOctave) {
     Load({Note(60, 125, 250)});
     rig_->driver.SetChord(0, test::kGMajor);

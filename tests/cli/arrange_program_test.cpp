@@ -213,6 +213,24 @@ TEST_F(ArrangeProgram, KeyAndScalesCanBeChosen) {
     EXPECT_EQ(free["notes"][1]["voices"][0], 64); // not of the scale, and not moved
 }
 
+TEST_F(ArrangeProgram, ChordsAreThoseOfTheChosenKey) {
+    Sing("song.wav");
+    const nlohmann::json json = ArrangeToJson({"--root", "Eb", "--scale", "aeolic minor"});
+    const std::set<int> scale = {3, 5, 6, 8, 10, 11, 1};
+    for (const nlohmann::json& note : json["notes"])
+        EXPECT_EQ(scale.count(note["chord"]["root"].get<int>()), 1U) << note["chord"];
+}
+
+TEST_F(ArrangeProgram, WithoutSnapTheMelodyIsNotCarriedOverToAnotherScaleEither) {
+    Sing("song.wav");
+    const std::vector<std::string> options = {"--style", "7",     "--root",          "c",
+                                              "--scale", "major", "--harmony-scale", "aeolic minor"};
+    EXPECT_EQ(ArrangeToJson(options)["notes"][1]["voices"][0], 63); // E becomes E flat
+    std::vector<std::string> free = options;
+    free.insert(free.end(), {"--snap", "off"});
+    EXPECT_EQ(ArrangeToJson(free)["notes"][1]["voices"][0], 64);
+}
+
 TEST_F(ArrangeProgram, RangeTellsHowManyVoicesLieAbove) {
     Sing("song.wav");
     for (const int range : {0, 1, 2, 3}) {

@@ -262,6 +262,20 @@ TEST(CChoirDriver, RefusedSettingsOfADocumentFallBackToWhatTheEngineHolds) {
     }
 }
 
+// Row 11 is refused as a melody scale, and would be taken as a harmony scale.
+TEST(CChoirDriver, HarmonyDoesNotFollowARefusedMelodyScale) {
+    DriverRig rig(kTune);
+    rig.driver.SetMelodyScale(4);
+    rig.RunInC();
+    const std::vector<VoiceRow> before = rig.AllVoices();
+    Write(rig.store, 0, kChromaticScale);
+    rig.driver.Run();
+    EXPECT_EQ(rig.driver.GetMelodyScale(), 4);
+    EXPECT_EQ(rig.driver.GetHarmonyScale(), 4);
+    EXPECT_EQ(rig.driver.GetEngine().GetKey().GetHarmonyScale(), 4);
+    EXPECT_EQ(rig.AllVoices(), before);
+}
+
 TEST(CChoirDriver, CountOfADocumentIsHeldToTheCapacity) {
     DriverRig rig(kTune);
     rig.RunInC();
