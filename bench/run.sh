@@ -61,6 +61,9 @@ run kkf_bench --benchmark_min_time=0.05
 run audio_file_bench --benchmark_min_time=0.3
 run cache_bench --benchmark_min_time=0.3
 run dsp_tools_bench --benchmark_min_time=0.1
+run harmony_bench --benchmark_min_time=0.1
+run choir_driver_bench --benchmark_min_time=0.1
+run snapshot_bench --benchmark_min_time=0.1
 
 # medians FILE: "name counter value" for each counter of each median; k, M, m and u behind a number are undone.
 medians() {
@@ -159,3 +162,19 @@ medians "$results/cache_bench.txt" | awk '
 echo
 echo "Small tools, times real time at 44.1 kHz"
 medians "$results/dsp_tools_bench.txt" | awk '$2 == "x_realtime" { printf "  %-52s %9.0f\n", $1, $3 }'
+
+# microseconds FILE PATTERN LIMIT: the benchmarks whose names match, and how often they fit into the limit (0: none).
+microseconds() {
+    medians "$1" | awk -v pattern="$2" -v limit="$3" '
+        $2 == "cpu_ms" && $1 ~ pattern {
+            printf "  %-52s %9.2f", $1, $3
+            if (limit > 0) printf "   %.1f times within the %d wanted", limit / $3, limit
+            print ""
+        }'
+}
+echo
+echo "Harmony and snapshots of 500 notes, microseconds"
+microseconds "$results/harmony_bench.txt" . 0
+microseconds "$results/choir_driver_bench.txt" . 25000
+microseconds "$results/snapshot_bench.txt" '^RecallSnapshot/500$' 50
+microseconds "$results/snapshot_bench.txt" '^(PlainCopy|PushUndo|UndoAndRedo|Register)' 0

@@ -9,15 +9,20 @@
 
 namespace sonorelle::tools {
 
+bool AnalyseAfresh(const std::filesystem::path& file, CkvoAudioFile& audio, CMelodyAnalyzer& analyzer) {
+    if (audio.OpenRead(file.string(), kAudioCacheFrames, -1, -1) != kOk) return false;
+    if (analyzer.Attach(&audio) != kOk) return false;
+    while (analyzer.RunStep() != CMelodyAnalyzer::kComplete) {
+    }
+    if (!analyzer.IsAnalysed()) return false;
+    analyzer.StoreResults(false);
+    return true;
+}
+
 std::optional<AnalysedMelody> AnalyseFile(const std::filesystem::path& file) {
     CkvoAudioFile audio;
     CMelodyAnalyzer analyzer;
-    if (audio.OpenRead(file.string(), kAudioCacheFrames, -1, -1) != kOk) return std::nullopt;
-    if (analyzer.Attach(&audio) != kOk) return std::nullopt;
-    while (analyzer.RunStep() != CMelodyAnalyzer::kComplete) {
-    }
-    if (!analyzer.IsAnalysed()) return std::nullopt;
-    analyzer.StoreResults(false);
+    if (!AnalyseAfresh(file, audio, analyzer)) return std::nullopt;
 
     AnalysedMelody melody;
     melody.sampleRate = static_cast<double>(analyzer.GetSampleRate());

@@ -9,6 +9,11 @@
 #include <optional>
 #include <vector>
 
+namespace sonorelle {
+class CkvoAudioFile;
+class CMelodyAnalyzer;
+} // namespace sonorelle
+
 namespace sonorelle::tools {
 
 struct AnalysedMelody {
@@ -21,7 +26,11 @@ struct AnalysedMelody {
     std::vector<PitchMarkRecord> marks;
 };
 
-// Analyses the file afresh; a cache is neither read nor written. Nothing when it cannot be read or analysed.
+// Opens the file as `audio`, which must outlive what `analyzer` is used for, and analyses it; a cache is
+// neither read nor written. Whether it could be read and analysed.
+bool AnalyseAfresh(const std::filesystem::path& file, CkvoAudioFile& audio, CMelodyAnalyzer& analyzer);
+
+// The same, keeping the results alone. Nothing when it cannot be read or analysed.
 std::optional<AnalysedMelody> AnalyseFile(const std::filesystem::path& file);
 
 // Writes the recording as 16-bit WAV, as a user would have it, and analyses that.
