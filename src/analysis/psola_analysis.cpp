@@ -248,7 +248,8 @@ void CPSOLAAnalysis::FollowTracker() {
 // Sets window and search to `expectedPeriod`; `searchShare`: half width of the search in periods.
 void CPSOLAAnalysis::ExpectPeriod(float searchShare) {
     const auto expected = static_cast<std::int32_t>(expectedPeriod);
-    windowLength = std::clamp(2 * expected, 2 * minPeriod, 2 * blockSize);
+    // In this order: without tracking, two of the shortest periods may be longer than two small blocks.
+    windowLength = std::min(std::max(2 * expected, 2 * minPeriod), 2 * blockSize);
     half = windowLength / 2;
     quarter = windowLength / 4;
     radius =
