@@ -32,6 +32,7 @@ bool Resize(std::vector<PitchMarkRecord>& records, std::int32_t size) {
 void CPitchMarks::Clear() {
     std::fill(records.begin(), records.end(), PitchMarkRecord{});
     count = 0;
+    rising = true;
 }
 
 void CPitchMarks::KeepLast(std::int32_t n) {
@@ -46,6 +47,7 @@ std::int32_t CPitchMarks::Allocate(std::int32_t wanted) {
     if (!Resize(records, wanted)) return kOutOfMemory;
     capacity = wanted;
     count = 0;
+    rising = true;
     allocated = true;
     return kOk;
 }
@@ -64,6 +66,9 @@ std::int32_t CPitchMarks::SetData(const PitchMarkRecord* data, std::int32_t n) {
     records.swap(copy);
     capacity = n;
     count = n;
+    rising = std::adjacent_find(records.begin(), records.end(), [](const auto& mark, const auto& next) {
+                 return mark.position >= next.position;
+             }) == records.end();
     allocated = true;
     return kOk;
 }
@@ -75,6 +80,7 @@ void CPitchMarks::AddWithPeriod(std::int32_t position, float voicing, float ener
         if (records.size() <= static_cast<std::size_t>(count)) records.emplace_back();
         capacity = count + 1;
     }
+    rising = rising && (count == 0 || At(count - 1).position < position);
     records[static_cast<std::size_t>(count)] = {position, energy, transient, voicing, pitchChange, period};
     ++count;
 }
@@ -93,7 +99,9 @@ std::int32_t CPitchMarks::GetPosition(std::int32_t index) const {
 }
 
 std::int32_t CPitchMarks::GetDistance(std::int32_t index) const {
-    return Contains(index) && Contains(index + 1) ? At(index + 1).position - At(index).position : -1;
+    if (!Contains(index) || !Contains(index + 1)) return -1;
+    const std::int64_t distance = std::int64_t{At(index + 1).position} - At(index).position;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(distance, INT32_MIN, INT32_MAX));
 }
 
 std::int32_t CPitchMarks::GetPeriod(std::int32_t index) const {
@@ -117,6 +125,7 @@ float CPitchMarks::GetPitchChange(std::int32_t index) const {
 std::int32_t CPitchMarks::FindNearest(std::int32_t from, std::int32_t position) const {
     if (count < 2 || from >= count - 1) return -1;
     std::int32_t nearest = std::max(from, 0);
+    if (rising) nearest = std::max(nearest, LastBefore(nearest, position));
     std::int64_t distance = Distance(At(nearest).position, position);
     while (nearest < count - 1) {
         const std::int64_t next = Distance(At(nearest + 1).position, position);
@@ -125,6 +134,22 @@ std::int32_t CPitchMarks::FindNearest(std::int32_t from, std::int32_t position) 
         ++nearest;
     }
     return nearest;
+}
+
+// A seek into a long recording comes from its first mark: strides that double, then halves of the last one.
+std::int32_t CPitchMarks::LastBefore(std::int32_t from, std::int32_t position) const {
+    std::int32_t below = from; // at or before the position, or the start
+    std::int32_t stride = 1;
+    while (stride < count - below && At(below + stride).position <= position) {
+        below += stride;
+        stride *= 2;
+    }
+    const auto first = records.begin() + below;
+    const auto end = records.begin() + std::min(count, below + stride);
+    const auto above =
+        std::upper_bound(first, end, position,
+                         [](std::int32_t at, const PitchMarkRecord& mark) { return at < mark.position; });
+    return std::max(static_cast<std::int32_t>(above - records.begin()) - 1, from);
 }
 
 std::int32_t CPitchMarks::FindSpan(std::int32_t& index, std::int32_t distance) const {

@@ -38,10 +38,14 @@ private:
     bool Contains(std::int32_t index) const { return index >= 0 && index < count; }
     const PitchMarkRecord& At(std::int32_t index) const { return records[static_cast<std::size_t>(index)]; }
 
+    // Of rising marks from `from` on the last one at or before `position`; `from` when there is none.
+    std::int32_t LastBefore(std::int32_t from, std::int32_t position) const;
+
     std::int32_t capacity = 0;
     std::int32_t count = 0;
     std::vector<PitchMarkRecord> records; // at least `capacity` of them
     bool allocated = false;
+    bool rising = true; // each position lies behind the one before
 };
 
 } // namespace sonorelle

@@ -275,6 +275,21 @@ TEST(CPitchMarks, FindNearestIsTheNearestOfAllInARisingList) {
     }
 }
 
+TEST(CPitchMarks, DistancesBeyondTheRangeAreHeldToIt) {
+    const CPitchMarks marks = MarksAt({kIntMin, kIntMax, kIntMin});
+    EXPECT_EQ(marks.GetDistance(0), kIntMax);
+    EXPECT_EQ(marks.GetDistance(1), kIntMin);
+}
+
+TEST(CPitchMarks, FindNearestWalksAListThatDoesNotRiseMarkByMark) {
+    // Of a list that falls once, a search by halves would find the last mark.
+    EXPECT_EQ(MarksAt({0, 100, 50, 400, 500, 600}).FindNearest(0, 600), 1);
+    CPitchMarks mended = MarksAt({0, 100, 50});
+    mended.Clear();
+    for (const std::int32_t position : {0, 100, 200, 300}) mended.Add(position, 1, 1, 0, 0);
+    EXPECT_EQ(mended.FindNearest(0, 260), 3);
+}
+
 TEST(CPitchMarks, FindNearestSurvivesPositionsAtTheEndsOfTheRange) {
     const CPitchMarks marks = MarksAt({kIntMin, 0, kIntMax});
     EXPECT_EQ(marks.FindNearest(0, kIntMax), 2);
