@@ -47,8 +47,9 @@ public:
     // are none, or when the reader was set to samples that are no longer held.
     std::int32_t Read(std::int32_t reader, float* const* channelBuffers, std::int32_t n) noexcept;
 
-    std::int32_t GetFill() const noexcept { return fill; }       // samples held a channel
-    std::int32_t GetWritten() const noexcept { return written; } // absolute position of the writer
+    std::int32_t GetFill() const noexcept { return fill; }            // samples held a channel
+    std::int32_t GetRoom() const noexcept { return capacity - fill; } // what the next Write may bring
+    std::int32_t GetWritten() const noexcept { return written; }      // absolute position of the writer
 
 private:
     CMultiAccessBuffer(std::int32_t samples, std::int32_t channels, std::int32_t readers);
