@@ -61,6 +61,8 @@ public:
     CChoirDriver(const CChoirDriver&) = delete;
     CChoirDriver& operator=(const CChoirDriver&) = delete;
 
+    CMelodyAnalyzer& GetAnalysis() const { return analysis; }
+
     // --- Settings; the next Run goes by them ---
     // 0, or kBadArgument with nothing changed.
 
