@@ -7,6 +7,7 @@
 
 #include "app/midi_export.h"
 
+#include "app/live_bypass.h"
 #include "formats/midi_file.h"
 #include "harmony/choir_driver.h"
 #include "harmony/pitch_class.h"
@@ -125,18 +126,6 @@ void ForEachNote(CChoirDriver& driver, const MidiExportSettings& settings, const
         onNote(note, region.OnTime(start), region.OffTime(end));
     }
 }
-
-// The stored voices answer during an export, whatever is played live.
-class LiveBypass {
-public:
-    explicit LiveBypass(CChoirDriver& driver) : driver_(driver) { driver_.SetLiveBypass(true); }
-    ~LiveBypass() { driver_.SetLiveBypass(false); }
-    LiveBypass(const LiveBypass&) = delete;
-    LiveBypass& operator=(const LiveBypass&) = delete;
-
-private:
-    CChoirDriver& driver_;
-};
 
 // The key of a voice in a note; kNoKey where it is silent or lies outside of MIDI's keys.
 std::int32_t KeyOfVoice(CChoirDriver& driver, std::int32_t note, std::int32_t voice, float transpose) {

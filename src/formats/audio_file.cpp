@@ -160,6 +160,11 @@ std::int32_t CkvoAudioFile::Close() {
     return whole ? kOk : kCannotWrite;
 }
 
+void CkvoAudioFile::Discard() {
+    impl_->writer.Abandon();
+    CkvoAudioFile::Close();
+}
+
 std::int32_t CkvoAudioFile::Seek(std::int32_t frame) {
     Impl& file = *impl_;
     const std::int64_t wanted = std::int64_t{file.firstFrame} + frame;

@@ -59,6 +59,9 @@ public:
     // there at all, and an old one of its name is untouched.
     virtual std::int32_t Close();
 
+    // Closes without leaving a file that was being written: an old one of its name is untouched.
+    virtual void Discard();
+
     // Goes to `frame` of the part in use and gives the position in frames of the whole file; any value is
     // safe.
     //

@@ -79,6 +79,11 @@ bool CSoundFileWriter::Commit() {
     return false;
 }
 
+void CSoundFileWriter::Abandon() {
+    failed_ = true;
+    Commit();
+}
+
 sf_count_t CSoundFileWriter::OnLength(void* self) {
     return static_cast<CSoundFileWriter*>(self)->file_.Length();
 }

@@ -34,6 +34,9 @@ public:
     // Open failed.
     bool Commit();
 
+    // Gives the file up: an old one is untouched.
+    void Abandon();
+
 private:
     bool WriteChunk(const float* const* channels, std::int32_t first, std::int32_t frames);
 

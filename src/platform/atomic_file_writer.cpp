@@ -155,12 +155,13 @@ bool CAtomicFileWriter::WriteThrough(const unsigned char* data, std::size_t byte
 }
 
 bool CAtomicFileWriter::Commit() {
+    const std::string folder = FolderPart(target_); // first: once the file is in place nothing may fail
     bool written = IsOpen() && Flush() && SyncToDisk(descriptor_.Get());
     written = descriptor_.Close() && written;
     written = written && ::rename(temporary_.c_str(), target_.c_str()) == 0;
     if (written) {
         temporary_.clear();
-        SyncFolder(FolderPart(target_));
+        SyncFolder(folder);
     }
     Abandon();
     return written;

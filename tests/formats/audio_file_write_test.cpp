@@ -83,6 +83,25 @@ TEST(CkvoAudioFileWrite, FloatWavEndsWithItsSamplesAndNothingDependsOnTheTime) {
     EXPECT_EQ(bytes.find("PEAK"), std::string::npos);
 }
 
+TEST(CkvoAudioFileWrite, ADiscardedFileLeavesNothingAndAnOldOneAsItWas) {
+    const CScratchFolder folder;
+    const std::string old = folder.Put("old.wav", "old");
+    for (const std::string& path : {old, folder.File("new.wav")}) {
+        CkvoAudioFile file;
+        const Channels channels = {std::vector<float>(1000, 0.5f)};
+        ASSERT_EQ(file.OpenWrite(path, 1, 44100.0f, 0, kWav16), kOk);
+        EXPECT_EQ(file.Write(Pointers(channels).data(), 1000), 0);
+        file.Discard();
+        EXPECT_FALSE(file.IsOpen());
+        EXPECT_EQ(file.Close(), kOk);
+        EXPECT_EQ(file.OpenWrite(folder.File("next.wav"), 1, 44100.0f, 0, kWav16), kOk)
+            << "not to be used again";
+        file.Discard();
+    }
+    EXPECT_EQ(CScratchFolder::Content(old), "old");
+    EXPECT_EQ(folder.CountFiles(), 1u);
+}
+
 class WriteFormatTest : public testing::TestWithParam<std::int32_t> {
 protected:
     bool IsFloat() const { return (GetParam() & 0xf) == 6; }

@@ -1,0 +1,107 @@
+#include "app/voice_mix.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <limits>
+
+namespace sonorelle {
+
+namespace {
+
+constexpr std::int32_t kChunk = 64; // samples of the fade's curve that are held at once: the usual block
+
+// 60 dB above full scale. A meter that had followed a broken sample farther up would be minutes on its way
+// down.
+constexpr float kHighestPeak = 1e6F;
+
+static_assert(std::numeric_limits<float>::is_iec559);
+
+// Fades `voice` in place by `curve`, adds it to `out` at `gain`, and gives the largest square of what was
+// added; a sample that is not a number has none. Squares are compared as integers: for positive floats the
+// order is the same, and the compiler may then take several at once.
+float FadeAndAdd(float* __restrict voice, const float* __restrict curve, float gain, float* __restrict out,
+                 std::int32_t count) {
+    std::int32_t largest = 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const float faded = voice[i] * curve[i];
+        const float x = faded * gain;
+        const float square = x * x;
+        const std::int32_t bits = square >= 0 ? std::bit_cast<std::int32_t>(square) : 0;
+        voice[i] = faded;
+        out[i] += x;
+        largest = std::max(largest, bits);
+    }
+    return std::bit_cast<float>(largest);
+}
+
+void RaiseTo(std::atomic<float>& held, float value) {
+    if (value > held.load(std::memory_order_relaxed)) held.store(value, std::memory_order_relaxed);
+}
+
+bool IsMeter(std::int32_t voice, std::int32_t side) {
+    return voice >= 0 && voice < CVoiceMix::kVoices && side >= 0 && side < CVoiceMix::kSides;
+}
+
+} // namespace
+
+void CVoiceMix::Mix(const VoiceMixInput& voices, const VoiceMixBlock& block) {
+    if (std::none_of(voices.enabled.begin(), voices.enabled.end(), [](bool on) { return on; })) return;
+    for (std::int32_t offset = 0; offset < block.count; offset += kChunk)
+        MixChunk(voices, block, offset, std::min(block.count - offset, kChunk));
+}
+
+void CVoiceMix::MixChunk(const VoiceMixInput& voices, const VoiceMixBlock& block, std::int32_t offset,
+                         std::int32_t count) {
+    float curve[kChunk];
+    fade.Next(curve, count);
+    const std::int32_t from = block.from + offset;
+    const std::int32_t to = block.to + offset;
+    for (std::int32_t voice = 0; voice < kVoices; ++voice) {
+        const auto v = static_cast<std::size_t>(voice);
+        if (!voices.enabled[v]) continue;
+        float* const* const buffer = voices.buffers[v];
+        const std::array<float, kSides> gains = {voices.gains[v].left, voices.gains[v].right};
+        for (std::int32_t side = 0; side < kSides; ++side) {
+            const auto s = static_cast<std::size_t>(side);
+            Measure(meters[v][s], FadeAndAdd(buffer[side % voices.channels] + from, curve, gains[s],
+                                             block.outputs[side] + to, count));
+        }
+        if (block.singleVoiceOutput) CopyVoice(voices, voice, block, offset, count);
+    }
+}
+
+void CVoiceMix::CopyVoice(const VoiceMixInput& voices, std::int32_t voice, const VoiceMixBlock& block,
+                          std::int32_t offset, std::int32_t count) {
+    float* const* const buffer = voices.buffers[static_cast<std::size_t>(voice)];
+    const std::int32_t first = kSides + voice * kSides;
+    for (std::int32_t output = first; output < std::min(first + kSides, block.outputCount); ++output)
+        std::copy_n(buffer[output % voices.channels] + block.from + offset, count,
+                    block.outputs[output] + block.to + offset);
+}
+
+// A square reaches 1 exactly when the sample reaches full scale: the largest f32 below 1 has a square
+// below 1.
+void CVoiceMix::Measure(Meter& meter, float squaredPeak) {
+    if (squaredPeak >= 1) clipped.store(true, std::memory_order_relaxed);
+    RaiseTo(meter.blockPeak, std::min(squaredPeak, kHighestPeak));
+    RaiseTo(meter.peak, meter.blockPeak.load(std::memory_order_relaxed));
+}
+
+float CVoiceMix::GetPeak(std::int32_t voice, std::int32_t side) const {
+    if (!IsMeter(voice, side)) return 0;
+    return meters[static_cast<std::size_t>(voice)][static_cast<std::size_t>(side)].peak.load(
+        std::memory_order_relaxed);
+}
+
+void CVoiceMix::DecayPeaks() {
+    for (auto& sides : meters) {
+        for (Meter& meter : sides) {
+            const float peak = meter.peak.load(std::memory_order_relaxed);
+            meter.peak.store(peak * kPeakDecay + kPeakFloor, std::memory_order_relaxed);
+            meter.blockPeak.store(0, std::memory_order_relaxed);
+        }
+    }
+}
+
+} // namespace sonorelle
