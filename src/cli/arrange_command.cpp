@@ -4,15 +4,19 @@
 #include "cli/arrangement_json.h"
 #include "cli/arrangement_names.h"
 #include "cli/arrangement_picture.h"
+#include "cli/arrangement_sound.h"
 #include "cli/arrangement_summary.h"
 #include "cli/arranger.h"
 #include "cli/console.h"
 #include "cli/heard_recording.h"
+#include "cli/progress_bar.h"
 #include "cli/result_file.h"
+#include "platform/result_codes.h"
+#include "platform/saturate.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 namespace sonorelle {
 
@@ -20,6 +24,9 @@ namespace {
 
 constexpr const char* kCannotMakeFolder = "Could not make this folder!";
 constexpr const char* kNoMemory = "Not enough memory!";
+constexpr const char* kTooLong = "At this speed the sound would be longer than a WAV file can be!";
+constexpr const char* kCannotRender = "Could not render the voices!";
+constexpr double kWholePercent = 100;
 
 class ArrangeRun {
 public:
@@ -30,9 +37,16 @@ public:
 
 private:
     Hearing ArrangeFile(std::size_t index);
+    Hearing ArrangeMelody(HeardRecording& recording, const HearingWish& wish, const ArrangementFiles& files,
+                          ResultFile& picture);
     bool MakeFolder();
-    bool WriteResults(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
-                      ResultFile& picture);
+    bool CanWriteResults(const ArrangementFiles& files);
+    Hearing WriteSound(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
+                       const HearingWish& wish);
+    Hearing TellOfSound(std::int32_t result, const std::string& mix);
+    bool WriteNotes(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
+                    ResultFile& picture);
+    void FindOldFiles(ArrangementReport& report, const ArrangementFiles& files);
     void Print(const ArrangementReport& report);
     bool Fail(const std::string& name, const char* text) {
         console_.Complain(name, text);
@@ -67,22 +81,26 @@ Hearing ArrangeRun::ArrangeFile(std::size_t index) {
     HeardRecording recording(file);
     if (!recording.Open(console_) || !MakeFolder()) return Hearing::kFailed;
     const ArrangementFiles files(options_.folder, file);
-    ResultFile picture(files.picture); // a folder that cannot be written is known before the work is done
-    if (!picture.Open()) {
-        console_.Complain(files.picture, kCannotWriteFile);
-        return Hearing::kFailed;
-    }
+    ResultFile picture(files.picture);
+    if (!CanWriteResults(files) || !picture.Open()) return Hearing::kFailed;
     const HearingWish wish{options_.useCache, !options_.quiet, index, options_.files.size()};
     const Hearing heard = recording.Hear(wish, console_);
-    if (heard != Hearing::kDone) return heard;
+    return heard == Hearing::kDone ? ArrangeMelody(recording, wish, files, picture) : heard;
+}
+
+// The sound comes first, since it takes the time in which the user may cancel: until it is there, nothing is.
+Hearing ArrangeRun::ArrangeMelody(HeardRecording& recording, const HearingWish& wish,
+                                  const ArrangementFiles& files, ResultFile& picture) {
     Arranger arranger(recording.GetAnalyzer());
     if (!arranger.Arrange(settings_)) {
-        console_.Complain(file, kNoMemory);
+        Fail(options_.files[wish.index], kNoMemory);
         return Hearing::kFailed;
     }
-    if (console_.IsCancelled()) return Hearing::kCancelled;
     ArrangementReport report = arranger.Report(recording.Report());
-    if (!WriteResults(arranger, report, files, picture)) return Hearing::kFailed;
+    const Hearing sung = WriteSound(arranger, report, files, wish);
+    if (sung != Hearing::kDone) return sung;
+    if (!WriteNotes(arranger, report, files, picture)) return Hearing::kFailed;
+    FindOldFiles(report, files);
     Print(report);
     return Hearing::kDone;
 }
@@ -94,8 +112,42 @@ bool ArrangeRun::MakeFolder() {
     return Fail(options_.folder, kCannotMakeFolder);
 }
 
-bool ArrangeRun::WriteResults(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
-                              ResultFile& picture) {
+// A result that cannot be written is known before the work is done.
+bool ArrangeRun::CanWriteResults(const ArrangementFiles& files) {
+    for (const std::string& path : files.Wanted(settings_, options_.stems))
+        if (!ResultFile(path).Open()) return Fail(path, kCannotWriteFile);
+    return true;
+}
+
+Hearing ArrangeRun::WriteSound(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
+                               const HearingWish& wish) {
+    if (!FitsIntoSoundFile(report.settings)) {
+        Fail(files.mix, kTooLong);
+        return Hearing::kFailed;
+    }
+    std::vector<AudioExportFile> sounds = {{files.mix, CAudioExport::kAllVoices}};
+    for (std::int32_t voice = 0; options_.stems && voice < report.voiceCount; ++voice)
+        sounds.push_back({files.stems[static_cast<std::size_t>(voice)], voice});
+    ProgressBar bar(console_.err, wish.showProgress ? console_.ErrorColumns() : 0,
+                    ProgressLabel("Rendering", wish));
+    const std::int32_t result = arranger.WriteSound(report, sounds, [&](double share) {
+        bar.Show(TruncateToI32(share * kWholePercent));
+        return !console_.IsCancelled();
+    });
+    bar.Clear();
+    for (const AudioExportFile& sound : sounds) report.files.push_back(sound.path);
+    return TellOfSound(result, files.mix);
+}
+
+Hearing ArrangeRun::TellOfSound(std::int32_t result, const std::string& mix) {
+    if (result == kOk) return Hearing::kDone;
+    if (result == CAudioExport::kCancelled) return Hearing::kCancelled;
+    Fail(mix, result == kCannotWrite ? kCannotWriteFile : result == kOutOfMemory ? kNoMemory : kCannotRender);
+    return Hearing::kFailed;
+}
+
+bool ArrangeRun::WriteNotes(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
+                            ResultFile& picture) {
     picture.Write(DrawArrangement(report, options_.smallPicture));
     if (!arranger.WriteVoices(report, files.voices)) return Fail(files.voices, kCannotWriteFile);
     report.files.push_back(files.voices);
@@ -106,6 +158,16 @@ bool ArrangeRun::WriteResults(Arranger& arranger, ArrangementReport& report, con
     if (!picture.Commit()) return Fail(files.picture, kCannotWriteFile);
     report.files.push_back(files.picture);
     return true;
+}
+
+// An earlier run may have left results that this one does not replace, such as stems. They are the user's and
+// stay, but do not belong to the new ones.
+void ArrangeRun::FindOldFiles(ArrangementReport& report, const ArrangementFiles& files) {
+    for (const std::string& path : files.All()) {
+        std::error_code ignored;
+        const bool isNew = std::find(report.files.begin(), report.files.end(), path) != report.files.end();
+        if (!isNew && std::filesystem::exists(path, ignored)) report.oldFiles.push_back(path);
+    }
 }
 
 void ArrangeRun::Print(const ArrangementReport& report) {

@@ -1,5 +1,5 @@
-// `sonorelle arrange`: recordings in; the voices that go with their melodies out, as MIDI files and a
-// picture.
+// `sonorelle arrange`: recordings in; their arrangements out, sung by the voices of the recordings, as MIDI
+// files and as a picture.
 
 #pragma once
 
@@ -29,8 +29,13 @@ struct ArrangeOptions {
     std::optional<std::string> transpose;
     std::optional<std::string> tempo;
     std::optional<std::string> region;
-    bool json = false; // JSON on standard output in place of the summary
-    bool list = false; // print what can be chosen, and do nothing else
+    std::optional<std::string> preset;
+    std::vector<std::string> voices; // in the order given
+    std::optional<std::string> tuning;
+    std::optional<std::string> speed;
+    bool stems = false; // a sound file of each voice too
+    bool json = false;  // JSON on standard output in place of the summary
+    bool list = false;  // print what can be chosen, and do nothing else
     bool smallPicture = false;
     bool useCache = true;
     bool quiet = false;
@@ -41,8 +46,8 @@ struct ArrangeOptions {
 std::string ReadSettings(const ArrangeOptions& options, ArrangementSettings& settings);
 
 // What else is wrong with the options: no recording, two results for one place, a result that would replace a
-// recording. Empty when all is well, else a text for the user.
-std::string FindWrongUse(const ArrangeOptions& options);
+// recording. `settings` are from ReadSettings. Empty when all is well, else a text for the user.
+std::string FindWrongUse(const ArrangeOptions& options, const ArrangementSettings& settings);
 
 // Arranges the files in their order and gives an ExitCode. Messages go to the console; a file that fails does
 // not stop the ones behind it. Each result appears whole or not at all. `options` passed FindWrongUse,

@@ -4,13 +4,15 @@
 #include "cli/arrange_command.h"
 #include "cli/arrangement_files.h"
 #include "cli/arrangement_names.h"
+#include "cli/named_numbers.h"
 #include "cli/result_file.h"
+#include "cli/sound_options.h"
+#include "cli/wrong_option.h"
 #include "harmony/pitch_class.h"
 #include "harmony/styles.h"
 #include "platform/numbers.h"
 
-#include <algorithm>
-#include <cctype>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -20,14 +22,10 @@ namespace {
 
 using namespace ConsortierClassic;
 
-std::string Wrong(const char* option, std::string_view text, const std::string& allowed) {
-    return std::string(option) + ": '" + std::string(text) + "' is not allowed; allowed: " + allowed;
-}
-
 std::string ReadStyle(const ArrangeOptions& options, ArrangementSettings& settings) {
     if (options.style) {
         const std::optional<std::int32_t> position = FindStyle(*options.style);
-        if (!position) return Wrong("--style", *options.style, StyleChoices());
+        if (!position) return WrongOption("--style", *options.style, StyleChoices());
         const StyleEntry& entry = StyleList()[static_cast<std::size_t>(*position)];
         settings.style = entry.style;
         settings.arrangement = entry.arrangement;
@@ -37,25 +35,26 @@ std::string ReadStyle(const ArrangeOptions& options, ArrangementSettings& settin
         return "--arrangement: the style " + StyleName(settings.style, settings.arrangement) +
                " has none to choose from";
     const std::optional<std::int32_t> found = FindArrangement(settings.style, *options.arrangement);
-    if (!found) return Wrong("--arrangement", *options.arrangement, ArrangementChoices(settings.style));
+    if (!found) return WrongOption("--arrangement", *options.arrangement, ArrangementChoices(settings.style));
     settings.arrangement = *found;
     return "";
 }
 
 std::string ReadKey(const ArrangeOptions& options, ArrangementSettings& settings) {
     if (options.root && !(settings.root = FindRoot(*options.root)))
-        return Wrong("--root", *options.root, "a note such as C, C# or Db, or 0 (C) to 11 (B)");
+        return WrongOption("--root", *options.root, "a note such as C, C# or Db, or 0 (C) to 11 (B)");
     if (options.scale && !(settings.scale = FindScale(*options.scale)))
-        return Wrong("--scale", *options.scale, ScaleChoices());
+        return WrongOption("--scale", *options.scale, ScaleChoices());
     if (options.harmonyScale && !(settings.harmonyScale = FindHarmonyScale(*options.harmonyScale)))
-        return Wrong("--harmony-scale", *options.harmonyScale,
-                     ScaleChoices() + ", or 11 for all twelve tones");
+        return WrongOption("--harmony-scale", *options.harmonyScale,
+                           ScaleChoices() + ", or 11 for all twelve tones");
     return "";
 }
 
 std::string ReadSnap(const ArrangeOptions& options, ArrangementSettings& settings) {
     if (!options.snap) return "";
-    if (*options.snap != "on" && *options.snap != "off") return Wrong("--snap", *options.snap, "on, off");
+    if (*options.snap != "on" && *options.snap != "off")
+        return WrongOption("--snap", *options.snap, "on, off");
     settings.snap = *options.snap == "on";
     return "";
 }
@@ -68,8 +67,8 @@ std::string ReadRange(const ArrangeOptions& options, ArrangementSettings& settin
                                   : kVoiceSlots - 1;
     const std::optional<std::int32_t> range = ReadInteger(*options.range);
     if (!range || *range < 0 || *range > most)
-        return Wrong("--range", *options.range,
-                     std::string("0 to ") + std::to_string(most) + " harmony voices above the melody");
+        return WrongOption("--range", *options.range,
+                           std::string("0 to ") + std::to_string(most) + " harmony voices above the melody");
     settings.voiceRange = *range;
     return "";
 }
@@ -78,7 +77,7 @@ std::string ReadSpread(const ArrangeOptions& options, ArrangementSettings& setti
     if (!options.spread) return "";
     const std::optional<double> spread = ReadNumber(*options.spread);
     if (!spread || *spread < 0 || *spread > 1)
-        return Wrong("--spread", *options.spread, "0 (close) to 1 (wide)");
+        return WrongOption("--spread", *options.spread, "0 (close) to 1 (wide)");
     settings.spread = static_cast<float>(*spread);
     return "";
 }
@@ -91,9 +90,9 @@ std::string ReadIntervals(const ArrangeOptions& options, ArrangementSettings& se
         const bool isLast = voice + 1 == settings.intervals.size();
         const std::size_t comma = rest.find(',');
         if (isLast != (comma == std::string_view::npos))
-            return Wrong("--intervals", *options.intervals, allowed);
+            return WrongOption("--intervals", *options.intervals, allowed);
         const std::optional<std::int32_t> interval = FindInterval(rest.substr(0, comma));
-        if (!interval) return Wrong("--intervals", *options.intervals, allowed);
+        if (!interval) return WrongOption("--intervals", *options.intervals, allowed);
         settings.intervals[voice] = *interval;
         if (!isLast) rest.remove_prefix(comma + 1);
     }
@@ -105,8 +104,8 @@ std::string ReadTranspose(const ArrangeOptions& options, ArrangementSettings& se
     if (!options.transpose) return "";
     const std::optional<std::int32_t> semitones = ReadInteger(*options.transpose);
     if (!semitones || *semitones < -kMost || *semitones > kMost)
-        return Wrong("--transpose", *options.transpose,
-                     SignedText(-kMost) + " to " + SignedText(kMost) + " semitones");
+        return WrongOption("--transpose", *options.transpose,
+                           SignedText(-kMost) + " to " + SignedText(kMost) + " semitones");
     settings.transpose = *semitones;
     return "";
 }
@@ -117,8 +116,9 @@ std::string ReadTempo(const ArrangeOptions& options, ArrangementSettings& settin
     if (!options.tempo) return "";
     const std::optional<double> tempo = ReadNumber(*options.tempo);
     if (!tempo || *tempo < static_cast<double>(kSlowest) || *tempo > static_cast<double>(kFastest))
-        return Wrong("--tempo", *options.tempo,
-                     FormatFloat(kSlowest) + " to " + FormatFloat(kFastest) + " quarter notes per minute");
+        return WrongOption("--tempo", *options.tempo,
+                           FormatFloat(kSlowest) + " to " + FormatFloat(kFastest) +
+                               " quarter notes per minute");
     settings.tempo = static_cast<float>(*tempo);
     return "";
 }
@@ -126,8 +126,8 @@ std::string ReadTempo(const ArrangeOptions& options, ArrangementSettings& settin
 std::string ReadRegion(const ArrangeOptions& options, ArrangementSettings& settings) {
     if (!options.region) return "";
     const std::string wrong =
-        Wrong("--region", *options.region,
-              "START:END in seconds, the start from 0 on and before the end; either may be left out");
+        WrongOption("--region", *options.region,
+                    "START:END in seconds, the start from 0 on and before the end; either may be left out");
     const std::string_view text = *options.region;
     const std::size_t colon = text.find(':');
     if (colon == std::string_view::npos) return wrong;
@@ -152,22 +152,21 @@ std::string ReadSettings(const ArrangeOptions& options, ArrangementSettings& set
                             ReadTempo, ReadRegion}) {
         if (std::string wrong = read(options, settings); !wrong.empty()) return wrong;
     }
-    return "";
+    return ReadSoundSettings(options, settings);
 }
 
-std::string FindWrongUse(const ArrangeOptions& options) {
+std::string FindWrongUse(const ArrangeOptions& options, const ArrangementSettings& settings) {
     if (options.list) return "";
     if (options.files.empty()) return "FILE is required";
     if (options.folder.empty()) return "--output: the folder has no name";
-    std::vector<std::string> places;
+    std::set<std::string> places;
     for (const std::string& file : options.files) {
-        const ArrangementFiles results(options.folder, file);
-        if (std::find(places.begin(), places.end(), results.picture) != places.end())
-            return file + ": the results of another recording would have the same names";
-        places.push_back(results.picture);
-        for (const std::string* path : {&results.voices, &results.chords, &results.picture}) {
+        for (const std::string& path :
+             ArrangementFiles(options.folder, file).Wanted(settings, options.stems)) {
+            if (!places.insert(path).second)
+                return file + ": the results of another recording would have the same names";
             for (const std::string& recording : options.files)
-                if (AreTheSameFile(*path, recording)) return *path + ": would replace the recording";
+                if (AreTheSameFile(path, recording)) return path + ": would replace the recording";
         }
     }
     return "";

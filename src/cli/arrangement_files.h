@@ -2,25 +2,32 @@
 
 #pragma once
 
-#include "platform/file_system.h"
+#include "app/voice_preset.h"
 
+#include <array>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace sonorelle {
 
-// For "a/song.wav" and the folder "out": "out/Out_song.mid", "out/Out_song_chords.mid", "out/Out_song.svg".
-struct ArrangementFiles {
-    ArrangementFiles(const std::string& folder, const std::string& recording) {
-        const std::string name = "Out_" + FileStemPart(recording);
-        const std::string inFolder = folder == "." ? "" : folder;
-        voices = JoinPath(inFolder, name + ".mid");
-        chords = JoinPath(inFolder, name + "_chords.mid");
-        picture = JoinPath(inFolder, name + ".svg");
-    }
+struct ArrangeOptions;
+struct ArrangementSettings;
 
-    std::string voices;
-    std::string chords;
-    std::string picture;
+// For "a/song.wav" and the folder "out" all names begin with "out/Out_song".
+struct ArrangementFiles {
+    ArrangementFiles(const std::string& folder, const std::string& recording);
+
+    // Those that an arrangement with these settings writes, in the order in which they are told.
+    std::vector<std::string> Wanted(const ArrangementSettings& settings, bool withStems) const;
+    // Every name that some run could have written.
+    std::vector<std::string> All() const;
+
+    std::string mix;                              // ".wav"
+    std::array<std::string, kPresetVoices> stems; // "_orange.wav" and so on, by voice
+    std::string voices;                           // ".mid"
+    std::string chords;                           // "_chords.mid"
+    std::string picture;                          // ".svg"
 };
 
 } // namespace sonorelle

@@ -11,6 +11,30 @@ namespace sonorelle {
 
 namespace {
 
+void WriteStrings(JsonWriter& json, const char* key, const std::vector<std::string>& texts) {
+    json.Key(key).BeginArray();
+    for (const std::string& text : texts) json.String(text);
+    json.EndArray();
+}
+
+void WriteSound(JsonWriter& json, const UsedSettings& settings) {
+    json.Key("speed").Float(settings.speed);
+    json.Key("tuning").Float(settings.tuning);
+    json.Key("preset").String(PresetName(settings.preset));
+    json.Key("voices").BeginArray();
+    for (std::size_t voice = 0; voice < settings.voices.size(); ++voice) {
+        const VoiceStrip& strip = settings.voices[voice];
+        json.BeginObject();
+        json.Key("name").String(VoiceName(static_cast<std::int32_t>(voice)));
+        for (const StripControl& control : StripControls()) json.Key(control.key).Float(strip.*control.value);
+        json.Key("mute").Boolean(strip.mute);
+        json.Key("solo").Boolean(strip.solo);
+        json.Key("heard").Boolean(settings.heard[voice]);
+        json.EndObject();
+    }
+    json.EndArray();
+}
+
 void WriteSettings(JsonWriter& json, const UsedSettings& settings) {
     json.Key("settings").BeginObject();
     json.Key("listPosition")
@@ -39,6 +63,7 @@ void WriteSettings(JsonWriter& json, const UsedSettings& settings) {
     json.Key("start").Integer(settings.regionStart);
     json.Key("end").Integer(settings.regionEnd);
     json.EndObject();
+    WriteSound(json, settings);
     json.EndObject();
 }
 
@@ -69,9 +94,9 @@ std::string FormatArrangementJson(const ArrangementReport& report) {
     WriteMelodyMembers(json, report.melody);
     WriteSettings(json, report.settings);
     json.Key("voiceCount").Integer(report.voiceCount);
-    json.Key("files").BeginArray();
-    for (const std::string& file : report.files) json.String(file);
-    json.EndArray();
+    WriteStrings(json, "files", report.files);
+    json.Key("limitedFrames").Integer(report.limitedFrames);
+    WriteStrings(json, "oldFiles", report.oldFiles);
     json.Key("notes").BeginArray();
     for (const ArrangedNote& note : report.notes) WriteNote(json, report, note);
     json.EndArray();

@@ -1,5 +1,7 @@
 #include "cli/arrangement_names.h"
 
+#include "app/voice_preset.h"
+#include "cli/named_numbers.h"
 #include "cli/text_columns.h"
 #include "harmony/chord_names.h"
 #include "harmony/scales.h"
@@ -7,9 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
-#include <charconv>
-#include <cmath>
 #include <vector>
 
 namespace sonorelle {
@@ -17,25 +16,6 @@ namespace sonorelle {
 namespace {
 
 using namespace ConsortierClassic;
-
-struct NamedNumber {
-    std::int32_t number;
-    std::string name;
-};
-
-std::string_view TrimBlanks(std::string_view text) {
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-    return text;
-}
-
-std::string LowerCase(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return result;
-}
 
 std::vector<NamedNumber> NamedStyles() {
     std::vector<NamedNumber> result;
@@ -64,28 +44,21 @@ std::vector<NamedNumber> NamedIntervals() {
     return result;
 }
 
-// A number of the list, a whole name, or the beginning of one name alone.
-std::optional<std::int32_t> FindIn(const std::vector<NamedNumber>& list, std::string_view text) {
-    const std::string wanted = LowerCase(TrimBlanks(text));
-    if (wanted.empty()) return std::nullopt;
-    const std::optional<std::int32_t> number = ReadInteger(wanted);
-    std::optional<std::int32_t> found;
-    int beginnings = 0;
-    for (const NamedNumber& entry : list) {
-        const std::string name = LowerCase(entry.name);
-        if (entry.number == number || name == wanted) return entry.number;
-        if (!name.starts_with(wanted)) continue;
-        found = entry.number;
-        ++beginnings;
-    }
-    return beginnings == 1 ? found : std::nullopt;
+std::vector<NamedNumber> NamedPresets() {
+    std::vector<NamedNumber> result;
+    for (const VoicePreset& preset : FactoryPresets())
+        result.push_back({static_cast<std::int32_t>(result.size()), preset.name});
+    return result;
 }
 
-std::string Choices(const std::vector<NamedNumber>& list) {
-    std::string text = std::to_string(list.front().number) + " to " + std::to_string(list.back().number);
-    for (const NamedNumber& entry : list)
-        text += (entry.number == list.front().number ? ", or " : ", ") + entry.name;
-    return text;
+// The colours that the voices have in the picture.
+constexpr std::array<const char*, kPresetVoices> kVoiceNames = {"orange", "red", "blue", "green"};
+
+std::vector<NamedNumber> NamedVoices(std::int32_t voiceCount) {
+    std::vector<NamedNumber> result;
+    for (std::int32_t voice = 0; voice < std::min(voiceCount, kPresetVoices); ++voice)
+        result.push_back({voice, VoiceName(voice)});
+    return result;
 }
 
 void AppendList(std::string& text, const std::string& heading, const std::vector<NamedNumber>& list) {
@@ -103,22 +76,6 @@ std::int32_t ToSignature(std::int32_t scale) {
 }
 
 } // namespace
-
-std::optional<std::int32_t> ReadInteger(std::string_view text) {
-    if (text.starts_with('+') && text.size() > 1 && text[1] != '-') text.remove_prefix(1);
-    std::int32_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return value;
-}
-
-std::optional<double> ReadNumber(std::string_view text) {
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
 
 std::optional<std::int32_t> FindStyle(std::string_view text) { return FindIn(NamedStyles(), text); }
 
@@ -151,10 +108,18 @@ std::optional<std::int32_t> FindHarmonyScale(std::string_view text) {
 
 std::optional<std::int32_t> FindInterval(std::string_view text) { return FindIn(NamedIntervals(), text); }
 
+std::optional<std::int32_t> FindPreset(std::string_view text) { return FindIn(NamedPresets(), text); }
+
+std::optional<std::int32_t> FindVoice(std::string_view text, std::int32_t voiceCount) {
+    return FindIn(NamedVoices(voiceCount), text);
+}
+
 std::string StyleChoices() { return Choices(NamedStyles()); }
 std::string ArrangementChoices(std::int32_t style) { return Choices(NamedArrangements(style)); }
 std::string ScaleChoices() { return Choices(NamedScales()); }
 std::string IntervalChoices() { return Choices(NamedIntervals()); }
+std::string PresetChoices() { return Choices(NamedPresets()); }
+std::string VoiceChoices(std::int32_t voiceCount) { return Choices(NamedVoices(voiceCount)); }
 
 std::string StyleName(std::int32_t style, std::int32_t arrangement) {
     const std::int32_t position = StyleListPosition(style, arrangement);
@@ -187,6 +152,16 @@ bool IsWrittenWithFlats(std::int32_t root, std::int32_t scale) {
 
 std::string KeyAndScaleName(std::int32_t root, std::int32_t scale) {
     return std::string(NoteName(root, IsWrittenWithFlats(root, scale))) + " " + ScaleName(scale);
+}
+
+std::string PresetName(std::int32_t preset) {
+    const bool isOne = preset >= 0 && preset < kPresetCount;
+    return isOne ? FactoryPresets()[static_cast<std::size_t>(preset)].name : "";
+}
+
+std::string VoiceName(std::int32_t voice) {
+    const bool isOne = voice >= 0 && voice < kPresetVoices;
+    return isOne ? kVoiceNames[static_cast<std::size_t>(voice)] : "";
 }
 
 std::string IntervalNames(std::span<const std::int32_t> intervals) {

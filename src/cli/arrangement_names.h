@@ -1,4 +1,4 @@
-// The names and numbers under which styles, arrangements, keys and intervals are asked for.
+// The names and numbers under which styles, arrangements, keys, intervals, presets and voices are asked for.
 //
 // Names are found in any case, with blanks around them, and by a beginning that fits one name alone:
 // "organum" is "Organum 2/3 Voices". Each search gives nothing when the text fits none, or several.
@@ -26,16 +26,18 @@ std::optional<std::int32_t> FindHarmonyScale(std::string_view text);
 // "Up Third", or scale steps -7 to 7.
 std::optional<std::int32_t> FindInterval(std::string_view text);
 
-// A whole number and nothing else; nothing when it is none or does not fit.
-std::optional<std::int32_t> ReadInteger(std::string_view text);
-// A finite number and nothing else, with a decimal point whatever the locale.
-std::optional<double> ReadNumber(std::string_view text);
+// By name or number: kDefaultPreset or kFlatPreset.
+std::optional<std::int32_t> FindPreset(std::string_view text);
+// By colour or number: one of the first `voiceCount` voices; 0 is the melody's.
+std::optional<std::int32_t> FindVoice(std::string_view text, std::int32_t voiceCount);
 
 // What may be asked for, in one line for a message.
 std::string StyleChoices();
 std::string ArrangementChoices(std::int32_t style);
 std::string ScaleChoices();
 std::string IntervalChoices();
+std::string PresetChoices();
+std::string VoiceChoices(std::int32_t voiceCount);
 
 // "Block Chord 4 Voices"; empty for a style and arrangement that no list knows.
 std::string StyleName(std::int32_t style, std::int32_t arrangement);
@@ -47,6 +49,11 @@ std::string ScaleName(std::int32_t scale);
 bool IsWrittenWithFlats(std::int32_t root, std::int32_t scale);
 // "Eb Major", "C# Aeolic Minor".
 std::string KeyAndScaleName(std::int32_t root, std::int32_t scale);
+
+// "default".
+std::string PresetName(std::int32_t preset);
+// "orange", "red", "blue", "green"; empty for another voice.
+std::string VoiceName(std::int32_t voice);
 
 // "Prime, Down Third" for {0, -2}; numbers that are no interval are left out.
 std::string IntervalNames(std::span<const std::int32_t> intervals);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "cli/melody_report.h"
+#include "cli/voice_strip.h"
 #include "harmony/chord_record.h"
 
 #include <array>
@@ -14,7 +15,7 @@
 namespace sonorelle {
 
 // Voices 0 (the melody) to 3.
-inline constexpr std::int32_t kMostVoices = 4;
+inline constexpr std::int32_t kMostVoices = kPresetVoices;
 
 // One note with all that was made for it. Pitches are as the choir made them, before any transposing.
 struct ArrangedNote {
@@ -35,9 +36,14 @@ struct UsedSettings {
     std::int32_t voiceRange = 0;
     float spread = 0;
     std::array<std::int32_t, kMostVoices> intervals = {};
-    std::int32_t transpose = 0;   // semitones
-    float tempo = 120;            // quarter notes per minute
-    std::int32_t regionStart = 0; // sample frames
+    std::int32_t transpose = 0; // semitones
+    float tempo = 120;          // quarter notes per minute
+    std::int32_t preset = 0;
+    VoiceStrips voices;                       // by voice, also those that the style does not have
+    std::array<bool, kMostVoices> heard = {}; // by mute and solo; false for those that are not there
+    float tuning = 440;                       // Hz of A4 in what is heard
+    float speed = 1;                          // times as fast as the recording
+    std::int32_t regionStart = 0;             // sample frames
     std::int32_t regionEnd = 0;
 };
 
@@ -47,7 +53,9 @@ struct ArrangementReport {
     std::int32_t voiceCount = 0; // the melody included
     bool hasChords = false;      // the style goes by chords
     std::vector<ArrangedNote> notes;
-    std::vector<std::string> files; // that were written, in the order of voices, chords, picture
+    std::vector<std::string> files;    // that were written: mix, stems, voices, chords, picture
+    std::int64_t limitedFrames = 0;    // of the mix: its voices together exceed full scale there
+    std::vector<std::string> oldFiles; // of an earlier run, which this one left as they were
 };
 
 // "Prime, Down Third": the manual intervals of the voices that there are.

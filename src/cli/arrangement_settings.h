@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "cli/sound_settings.h"
 #include "harmony/styles.h"
 
 #include <array>
@@ -35,6 +36,9 @@ struct ArrangementSettings {
     std::int32_t transpose = 0;                            // semitones
     float tempo = kUsualTempo;                             // quarter notes per minute of the MIDI file
     std::optional<RegionWish> region;                      // none: the whole recording
+    SoundSettings sound;
+
+    bool HasChords() const { return style == ConsortierClassic::kStyleIntelligent; } // the others go without
 };
 
 } // namespace sonorelle

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kLineWidth = 68; // of the chords, beside the headings
 constexpr int kSecondsDecimals = 3;
+constexpr int kHertzDecimals = 2;
 
 using Rows = std::vector<std::vector<std::string>>;
 
@@ -61,6 +62,42 @@ void AddChords(Rows& rows, const ArrangementReport& report) {
     if (!line.empty()) endLine();
 }
 
+// What is not as usual.
+void AddSound(Rows& rows, const ArrangementReport& report) {
+    const UsedSettings& settings = report.settings;
+    if (settings.speed != 1) rows.push_back({"Speed", FormatFloat(settings.speed) + " times as fast"});
+    if (settings.tuning != report.melody.tuningHz)
+        rows.push_back(
+            {"Tuning", FormatFloat(settings.tuning) + " Hz (found: " +
+                           FormatFixed(static_cast<double>(report.melody.tuningHz), kHertzDecimals) +
+                           " Hz)"});
+    if (settings.preset != kDefaultPreset) rows.push_back({"Preset", PresetName(settings.preset)});
+    const VoiceStrips usual = StripsOfPreset(settings.preset);
+    std::string heading = "Voices";
+    for (std::size_t voice = 0; voice < usual.size(); ++voice) {
+        const std::string changes = StripChanges(settings.voices[voice], usual[voice]);
+        if (changes.empty()) continue;
+        rows.push_back({heading, VoiceName(static_cast<std::int32_t>(voice)) + ":" + changes});
+        heading.clear();
+    }
+}
+
+void AddFiles(Rows& rows, std::string heading, const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+        rows.push_back({heading, PrintableText(file)});
+        heading.clear();
+    }
+}
+
+// What the user hears as distortion, and what to do about it.
+void AddLimited(Rows& rows, const ArrangementReport& report) {
+    if (report.limitedFrames < 1) return;
+    const double milliseconds =
+        1000.0 * static_cast<double>(report.limitedFrames) / static_cast<double>(report.melody.sampleRate);
+    rows.push_back({"Clipped", FormatFixed(milliseconds, 1) +
+                                   " ms of the mix are cut off at full scale; lower the voices' vol"});
+}
+
 std::string RegionText(const ArrangementReport& report) {
     const auto seconds = [&](std::int32_t position) {
         return FormatFixed(SecondsOf(report.melody, position), kSecondsDecimals);
@@ -80,14 +117,13 @@ std::string FormatSummary(const ArrangementReport& report) {
         rows.push_back({"Intervals", IntervalsText(report)});
     if (settings.transpose != 0)
         rows.push_back({"Transposed", SignedText(settings.transpose) + " semitones"});
+    AddSound(rows, report);
     if (HasRegion(report)) rows.push_back({"Region", RegionText(report)});
     rows.push_back({"Notes", std::to_string(report.notes.size())});
     if (report.hasChords) AddChords(rows, report);
-    std::string heading = "Written";
-    for (const std::string& file : report.files) {
-        rows.push_back({heading, PrintableText(file)});
-        heading.clear();
-    }
+    AddLimited(rows, report);
+    AddFiles(rows, "Written", report.files);
+    AddFiles(rows, "Left as was", report.oldFiles);
     return PrintableText(report.melody.file) + "\n" + FormatColumns({Align::kLeft, Align::kLeft}, rows);
 }
 

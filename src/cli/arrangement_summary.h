@@ -5,7 +5,8 @@
 //       Style     Intelligent 4 Voices
 //       Notes     17
 //       Chords    C  F  C  G  C
-//       Written   out/Out_song.mid
+//       Written   out/Out_song.wav
+//                 out/Out_song.mid
 //                 out/Out_song_chords.mid
 //                 out/Out_song.svg
 

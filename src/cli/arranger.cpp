@@ -1,6 +1,7 @@
 #include "cli/arranger.h"
 
 #include "app/midi_export.h"
+#include "cli/arrangement_sound.h"
 #include "platform/result_codes.h"
 #include "platform/saturate.h"
 
@@ -77,6 +78,7 @@ UsedSettings Arranger::SettingsUsed(const MelodyReport& melody) const {
         used.intervals[static_cast<std::size_t>(voice)] = driver_.GetManualInterval(voice);
     used.transpose = settings_.transpose;
     used.tempo = settings_.tempo;
+    TakeSound(used, melody);
     used.regionEnd = melody.frames;
     if (settings_.region) {
         used.regionStart = FrameAt(settings_.region->startSeconds, melody);
@@ -85,12 +87,23 @@ UsedSettings Arranger::SettingsUsed(const MelodyReport& melody) const {
     return used;
 }
 
+void Arranger::TakeSound(UsedSettings& used, const MelodyReport& melody) const {
+    const SoundSettings& sound = settings_.sound;
+    used.preset = sound.preset;
+    used.voices = sound.voices;
+    used.heard = AudibleVoices(SettingsOfStrips(sound.voices));
+    for (std::int32_t voice = driver_.VoiceCount(); voice < kMostVoices; ++voice)
+        used.heard[static_cast<std::size_t>(voice)] = false;
+    used.tuning = sound.tuning.value_or(melody.tuningHz);
+    used.speed = sound.speed;
+}
+
 ArrangementReport Arranger::Report(MelodyReport melody) {
     ArrangementReport report;
     report.settings = SettingsUsed(melody);
     report.melody = std::move(melody);
     report.voiceCount = driver_.VoiceCount();
-    report.hasChords = driver_.GetStyle() == kStyleIntelligent;
+    report.hasChords = settings_.HasChords();
     for (std::int32_t i = 0; i < driver_.GetNoteCount(); ++i) {
         ArrangedNote note;
         note.melody = driver_.GetNote(i);
@@ -105,12 +118,19 @@ ArrangementReport Arranger::Report(MelodyReport melody) {
     return report;
 }
 
+std::int32_t Arranger::WriteSound(ArrangementReport& report, std::span<const AudioExportFile> files,
+                                  const CAudioExport::Progress& progress) {
+    return RenderSound(driver_, report.settings, files, progress, report.limitedFrames);
+}
+
 bool Arranger::Write(const ArrangementReport& report, const std::string& path, std::int32_t voice) {
     MidiExportSettings settings;
     settings.playStart = report.settings.regionStart;
     settings.playEnd = report.settings.regionEnd;
     settings.sampleRate = report.melody.sampleRate;
     settings.hostTempo = report.settings.tempo;
+    settings.melodyTempo = report.settings.tempo / report.settings.speed;
+    settings.syncTempoToHost = true; // the notes come when they sound
     settings.transpose = static_cast<float>(report.settings.transpose);
     return CMidiExport(driver_, settings).ExportMidi(path, voice) == kOk;
 }

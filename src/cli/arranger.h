@@ -1,14 +1,16 @@
 // From a heard melody to its arrangement: sets up the choir, runs it, collects what came of it, and writes
-// the MIDI files.
+// the sound and MIDI files.
 
 #pragma once
 
+#include "app/audio_export.h"
 #include "app/snapshot_store.h"
 #include "cli/arrangement_report.h"
 #include "cli/arrangement_settings.h"
 #include "harmony/choir_driver.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace sonorelle {
@@ -26,6 +28,11 @@ public:
     // After Arrange. `melody`: the report of the same analysis.
     ArrangementReport Report(MelodyReport melody);
 
+    // The region of the report as sound, as RenderSound. The recording of the analyzer is open.
+    // The report learns how much of the first file was cut off at full scale.
+    std::int32_t WriteSound(ArrangementReport& report, std::span<const AudioExportFile> files,
+                            const CAudioExport::Progress& progress);
+
     // The region of the report as MIDI files: all voices, each on a channel of its own, and the chords. False
     // when the file could not be written; an old one is then untouched.
     bool WriteVoices(const ArrangementReport& report, const std::string& path);
@@ -36,6 +43,7 @@ private:
     bool ApplySettings();
     bool SetStyle();
     UsedSettings SettingsUsed(const MelodyReport& melody) const;
+    void TakeSound(UsedSettings& used, const MelodyReport& melody) const;
     bool Write(const ArrangementReport& report, const std::string& path, std::int32_t voice);
 
     ArrangementSettings settings_;

@@ -3,6 +3,7 @@
 #include "cli/analyse_command.h"
 #include "cli/arrange_command.h"
 #include "cli/console.h"
+#include "cli/help_texts.h"
 #include "cli/version.h"
 
 #include <CLI/CLI.hpp>
@@ -19,55 +20,6 @@ namespace sonorelle {
 namespace {
 
 constexpr const char* kProgram = "sonorelle";
-constexpr const char* kDescription =
-    "Sonorelle hears the melody in a recording of one voice and arranges it for up to four.";
-constexpr const char* kFooter = "Examples:\n"
-                                "  sonorelle analyse song.wav --picture song.svg\n"
-                                "  sonorelle arrange song.wav -o out\n"
-                                "\n"
-                                "'sonorelle analyse --help' and 'sonorelle arrange --help' tell more.";
-constexpr const char* kAnalyseDescription =
-    "Finds the notes, the key and the tuning of each recording and prints them as a table.";
-constexpr const char* kAnalyseFooter =
-    "Pitches are names against A4 = 440 Hz with the rest in cents; middle C is C4.\n"
-    "\n"
-    "The results are kept beside each recording, in FILE.kva, and are used again as\n"
-    "long as that file is newer than the recording.\n"
-    "\n"
-    "JSON is one object a recording, each on a line of its own. CSV has a line of\n"
-    "headings; with several recordings a first column names the file.\n"
-    "\n"
-    "Exit codes: 0 done; 1 a recording failed (the others were done); 2 wrong use;\n"
-    "130 cancelled by Ctrl-C, and the recording in work leaves nothing behind.\n"
-    "\n"
-    "Examples:\n"
-    "  sonorelle analyse song.wav\n"
-    "  sonorelle analyse --json *.wav > songs.jsonl\n"
-    "  sonorelle analyse song.wav --picture song.svg --csv-file song.csv";
-
-constexpr const char* kArrangeDescription =
-    "Finds chords and harmony voices for each recording, and writes them as MIDI files and a picture.";
-constexpr const char* kArrangeFooter =
-    "For song.wav it writes Out_song.mid (all voices, each on a channel of its own),\n"
-    "Out_song_chords.mid (in the intelligent styles) and Out_song.svg (the voices in\n"
-    "their colours, the pitch curve, the chords). What was there of these names is\n"
-    "replaced.\n"
-    "\n"
-    "Names may be written in any case and cut short as long as they are clear:\n"
-    "--style block --arrangement \"drop2 int\". 'sonorelle arrange --list' prints them\n"
-    "all with their numbers.\n"
-    "\n"
-    "JSON is one object a recording, each on a line of its own; its pitches are those\n"
-    "before transposing.\n"
-    "\n"
-    "Exit codes: 0 done; 1 a recording failed (the others were done); 2 wrong use;\n"
-    "130 cancelled by Ctrl-C, and the recording in work leaves nothing behind.\n"
-    "\n"
-    "Examples:\n"
-    "  sonorelle arrange song.wav -o out\n"
-    "  sonorelle arrange song.wav --style organum --arrangement \"octave around\"\n"
-    "  sonorelle arrange song.wav --root Eb --scale \"harmonic minor\" --range 0\n"
-    "  sonorelle arrange song.wav --style \"parallel manual 4\" --intervals 0,2,4,-7";
 
 // File names that the parser would take for something else are spelled out as paths: those behind "--" that
 // begin with a dash, and those in brackets, which it would take for lists.
@@ -118,6 +70,19 @@ void AddTextOption(CLI::App& command, const char* name, std::optional<std::strin
         ->type_name(type);
 }
 
+void AddSoundOptions(CLI::App& command, ArrangeOptions& options) {
+    AddTextOption(command, "--preset", options.preset, "NAME",
+                  "default or flat: where the voices' strips begin (default: default)");
+    command.add_option("--voice", options.voices, "Strip of one voice, as below; may be given several times")
+        ->type_name("N:KEY=X,...")
+        ->allow_extra_args(false);
+    AddTextOption(command, "--tuning", options.tuning, "HZ",
+                  "A4 of what is sung, 350 to 500 (default: the singer's)");
+    AddTextOption(command, "--speed", options.speed, "X",
+                  "Times as fast as the recording, 0.01 to 100 (default: 1)");
+    command.add_flag("--stems", options.stems, "Also write a WAV file of each voice");
+}
+
 CLI::App* AddArrange(CLI::App& program, ArrangeOptions& options) {
     CLI::App* command = program.add_subcommand("arrange", kArrangeDescription);
     command->footer(kArrangeFooter);
@@ -145,10 +110,12 @@ CLI::App* AddArrange(CLI::App& program, ArrangeOptions& options) {
                   "Width of the voicings from 0 to 1, intelligent styles (default: 0.6)");
     AddTextOption(*command, "--intervals", options.intervals, "A,B,C,D",
                   "Names or scale steps by voice, parallel styles (default: 0,-2,2,5)");
-    AddTextOption(*command, "--transpose", options.transpose, "N", "Semitones from -24 to 24 (default: 0)");
+    AddTextOption(*command, "--transpose", options.transpose, "N",
+                  "Semitones from -24 to 24, sound and MIDI (default: 0)");
     AddTextOption(*command, "--tempo", options.tempo, "BPM", "Of the MIDI files (default: 120)");
     AddTextOption(*command, "--region", options.region, "START:END",
-                  "Seconds of the recording that go into the MIDI files (default: all)");
+                  "Seconds of the recording that go into sound and MIDI files (default: all)");
+    AddSoundOptions(*command, options);
     command->add_flag("--json", options.json, "Print JSON in place of the summary");
     command->add_flag("--list", options.list, "Print styles, arrangements, scales and intervals, and end");
     command->add_flag("--small-picture", options.smallPicture,
@@ -175,7 +142,7 @@ int CheckAndAnalyse(const AnalyseOptions& options, const CLI::App* command, cons
 int CheckAndArrange(const ArrangeOptions& options, const CLI::App* command, const Console& console) {
     ArrangementSettings settings;
     std::string wrong = ReadSettings(options, settings);
-    if (wrong.empty()) wrong = FindWrongUse(options);
+    if (wrong.empty()) wrong = FindWrongUse(options, settings);
     return wrong.empty() ? RunArrange(options, settings, console) : WrongUse(console, command, wrong);
 }
 

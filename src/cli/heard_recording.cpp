@@ -45,8 +45,10 @@ std::optional<CacheUse> CacheUseOf(AnalysisOutcome outcome) {
     return std::nullopt;
 }
 
-std::string ProgressLabel(const HearingWish& wish) {
-    std::string label = "Analysing";
+} // namespace
+
+std::string ProgressLabel(const char* step, const HearingWish& wish) {
+    std::string label = step;
     if (wish.count > 1)
         label.append(" ")
             .append(std::to_string(wish.index + 1))
@@ -54,8 +56,6 @@ std::string ProgressLabel(const HearingWish& wish) {
             .append(std::to_string(wish.count));
     return label;
 }
-
-} // namespace
 
 HeardRecording::HeardRecording(std::string file)
     : file_(std::move(file)), start_(std::chrono::steady_clock::now()) {}
@@ -73,7 +73,8 @@ bool HeardRecording::Open(const Console& console) {
 }
 
 Hearing HeardRecording::Hear(const HearingWish& wish, const Console& console) {
-    ProgressBar bar(console.err, wish.showProgress ? console.ErrorColumns() : 0, ProgressLabel(wish));
+    ProgressBar bar(console.err, wish.showProgress ? console.ErrorColumns() : 0,
+                    ProgressLabel("Analysing", wish));
     const AnalysisOutcome outcome = AnalyseMelody(analyzer_, wish.useCache, [&](std::int32_t percent) {
         bar.Show(percent);
         return !console.IsCancelled();

@@ -29,6 +29,9 @@ struct HearingWish {
     std::size_t count = 1;    // ... among so many: what the progress bar tells
 };
 
+// "Analysing", or "Analysing 2 of 5": what the progress bar of a step says.
+std::string ProgressLabel(const char* step, const HearingWish& wish);
+
 class HeardRecording {
 public:
     explicit HeardRecording(std::string file);

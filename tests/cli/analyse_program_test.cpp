@@ -83,7 +83,7 @@ protected:
         return RunProgram({.arguments = arguments,
                            .folder = folder_.Path().string(),
                            .errIsTerminal = true,
-                           .signalAtFirstOutput = signal});
+                           .signalAtOutput = signal});
     }
     std::size_t FilesInFolder() const {
         return static_cast<std::size_t>(

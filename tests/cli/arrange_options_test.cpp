@@ -74,18 +74,21 @@ TEST(ReadSettings, AStyleOfTheListIsAStyleAndAnArrangementOfTheChoir) {
 }
 
 TEST(ReadSettings, ReadsEveryOption) {
+    const std::pair<Member, const char*> texts[] = {
+        {&ArrangeOptions::style, "parallel manual 4 voices"},
+        {&ArrangeOptions::root, "Db"},
+        {&ArrangeOptions::scale, "aeolic minor"},
+        {&ArrangeOptions::harmonyScale, "11"},
+        {&ArrangeOptions::snap, "off"},
+        {&ArrangeOptions::range, "3"},
+        {&ArrangeOptions::spread, "0.25"},
+        {&ArrangeOptions::intervals, "-7, down third,0,+7"},
+        {&ArrangeOptions::transpose, "-24"},
+        {&ArrangeOptions::tempo, "93.5"},
+        {&ArrangeOptions::region, "1.5:2.25"},
+    };
     ArrangeOptions options;
-    options.style = "parallel manual 4 voices";
-    options.root = "Db";
-    options.scale = "aeolic minor";
-    options.harmonyScale = "11";
-    options.snap = "off";
-    options.range = "3";
-    options.spread = "0.25";
-    options.intervals = "-7, down third,0,+7";
-    options.transpose = "-24";
-    options.tempo = "93.5";
-    options.region = "1.5:2.25";
+    for (const auto& [option, text] : texts) options.*option = text;
     const ArrangementSettings settings = Settings(options);
     EXPECT_EQ(settings.root, 1);
     EXPECT_EQ(settings.scale, 5);
@@ -174,17 +177,17 @@ TEST(ReadSettings, RefusesWhatLiesJustBeyondALimitOrIsNoValue) {
 
 TEST(FindWrongUse, OfArrangeWantsRecordingsWithResultsOfTheirOwn) {
     ArrangeOptions options;
-    EXPECT_EQ(FindWrongUse(options), "FILE is required");
+    EXPECT_EQ(FindWrongUse(options, Settings(options)), "FILE is required");
     options.list = true;
-    EXPECT_EQ(FindWrongUse(options), "");
+    EXPECT_EQ(FindWrongUse(options, Settings(options)), "");
     options.list = false;
     options.files = {"a/song.wav", "b/song.wav"};
-    EXPECT_EQ(FindWrongUse(options),
+    EXPECT_EQ(FindWrongUse(options, Settings(options)),
               "b/song.wav: the results of another recording would have the same names");
     options.files = {"a/song.wav", "b/tune.wav"};
-    EXPECT_EQ(FindWrongUse(options), "");
+    EXPECT_EQ(FindWrongUse(options, Settings(options)), "");
     options.folder = "";
-    EXPECT_EQ(FindWrongUse(options), "--output: the folder has no name");
+    EXPECT_EQ(FindWrongUse(options, Settings(options)), "--output: the folder has no name");
 }
 
 TEST(FindWrongUse, OfArrangeKeepsRecordingsFromBeingReplaced) {
@@ -195,11 +198,54 @@ TEST(FindWrongUse, OfArrangeKeepsRecordingsFromBeingReplaced) {
     ArrangeOptions options;
     options.files = {recording};
     options.folder = folder.Path().string();
-    EXPECT_THAT(FindWrongUse(options), ::testing::EndsWith("Out_song.mid: would replace the recording"));
+    EXPECT_THAT(FindWrongUse(options, Settings(options)),
+                ::testing::EndsWith("Out_song.mid: would replace the recording"));
+}
+
+TEST(FindWrongUse, OfArrangeKeepsRecordingsFromBeingReplacedBySound) {
+    test::TemporaryFolder folder;
+    const std::string recording = folder.File("Out_song.wav").string();
+    const std::string stem = folder.File("Out_song_red.wav").string();
+    ArrangeOptions options;
+    options.folder = folder.Path().string();
+    for (const std::string& path : {recording, stem}) {
+        std::ofstream(path) << "x";
+        options.files = {folder.File("song.wav").string(), path};
+        options.stems = path == stem;
+        EXPECT_EQ(FindWrongUse(options, Settings(options)), path + ": would replace the recording");
+    }
+    options.files = {stem}; // its own results have names of their own
+    EXPECT_EQ(FindWrongUse(options, Settings(options)), "");
+    options.files = {folder.File("song.wav").string(), stem};
+    options.stems = false; // nobody writes it
+    EXPECT_EQ(FindWrongUse(options, Settings(options)), "");
+}
+
+TEST(FindWrongUse, OfArrangeTellsAVoiceFromARecordingOfThatName) {
+    const std::string sameName = ": the results of another recording would have the same names";
+    ArrangeOptions options;
+    ArrangementSettings settings = Settings(options);
+    options.files = {"song.wav", "song_red.wav"};
+    EXPECT_EQ(FindWrongUse(options, settings), "");
+    options.stems = true;
+    EXPECT_EQ(FindWrongUse(options, settings), "song_red.wav" + sameName);
+    options.files = {"song.wav", "song_blue.wav"};
+    EXPECT_EQ(FindWrongUse(options, settings), "song_blue.wav" + sameName);
+    settings.arrangement = kTwoVoices; // no blue one
+    EXPECT_EQ(FindWrongUse(options, settings), "");
+    // "Out_song_chords.mid" would be the chords of one and the voices of the other.
+    options.files = {"song.wav", "song_chords.wav"};
+    EXPECT_EQ(FindWrongUse(options, settings), "song_chords.wav" + sameName);
+    settings.style = kStyleBlock; // goes without chords
+    settings.arrangement = kBlock;
+    EXPECT_EQ(FindWrongUse(options, settings), "");
 }
 
 TEST(ArrangementFiles, AreNamedAfterTheRecording) {
     const ArrangementFiles files("out", "a/take.1.wav");
+    EXPECT_EQ(files.mix, "out/Out_take.1.wav");
+    EXPECT_THAT(files.stems, ElementsAre("out/Out_take.1_orange.wav", "out/Out_take.1_red.wav",
+                                         "out/Out_take.1_blue.wav", "out/Out_take.1_green.wav"));
     EXPECT_EQ(files.voices, "out/Out_take.1.mid");
     EXPECT_EQ(files.chords, "out/Out_take.1_chords.mid");
     EXPECT_EQ(files.picture, "out/Out_take.1.svg");

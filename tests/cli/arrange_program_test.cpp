@@ -1,12 +1,11 @@
 // The whole program from the outside: recordings of the synthetic singer in, MIDI files, pictures, JSON and
 // exit codes out.
+#include "cli/arrange_program.h"
 #include "cli/arrangement_names.h"
 #include "cli/program_runner.h"
 #include "cli/xml_check.h"
-#include "formats/midi_reader.h"
 #include "support/melodies.h"
 #include "support/synthetic_singer.h"
-#include "support/temporary_folder.h"
 #include "support/wav_writer.h"
 
 #include <gmock/gmock.h>
@@ -15,94 +14,37 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
-#include <sstream>
 
 namespace sonorelle {
 namespace {
 
+using test::ArrangeProgram;
 using test::CountOf;
+using test::NotesByChannel;
 using test::ProgramResult;
+using test::ReadFile;
 using test::RunProgram;
 using test::RunProgramWith;
+using test::WriteFile;
 using test::XmlFault;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-std::string ReadFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void WriteFile(const std::filesystem::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-// The notes of a MIDI file by channel, each as key and tick of its beginning.
-std::array<std::vector<std::pair<int, std::uint32_t>>, 16> NotesByChannel(const std::string& bytes) {
-    std::array<std::vector<std::pair<int, std::uint32_t>>, 16> notes;
-    const MidiRead read = CMidiReader(bytes).Read();
-    std::uint32_t tick = 0;
-    for (const MidiRead::Event& event : read.tracks.at(0)) {
-        tick += event.delta;
-        if ((event.status & 0xF0) == 0x90)
-            notes[static_cast<std::size_t>(event.status & 0x0F)].emplace_back(event.data[0], tick);
-    }
-    return notes;
-}
-
-class ArrangeProgram : public ::testing::Test {
-protected:
-    // Notes of half a second with rests between them.
-    void Sing(const std::string& name, const std::vector<double>& pitches = {60, 64, 67, 65, 64, 62, 60}) {
-        test::SingerSettings settings;
-        settings.vibratoCents = 10;
-        std::vector<test::MelodyNote> melody;
-        for (const double pitch : pitches) {
-            test::MelodyNote note;
-            note.midiPitch = pitch;
-            note.restBeatsAfter = 0.5;
-            melody.push_back(note);
-        }
-        ASSERT_TRUE(test::WriteWav(folder_.File(name), test::Sing(melody, settings)));
-    }
-    ProgramResult Arrange(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), "arrange");
-        return RunProgramWith(arguments, folder_.Path().string());
-    }
-    // The object of the first line that the program prints.
-    nlohmann::json ArrangeToJson(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"song.wav", "--json", "--no-cache"});
-        const ProgramResult result = Arrange(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
-        return nlohmann::json::parse(result.out.substr(0, result.out.find('\n')));
-    }
-    std::set<std::string> FilesIn(const std::string& name) const {
-        std::set<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_.File(name)))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
-
-    test::TemporaryFolder folder_;
-};
-
-TEST_F(ArrangeProgram, WritesVoicesChordsAndPicture) {
+TEST_F(ArrangeProgram, WritesSoundVoicesChordsAndPicture) {
     Sing("song.wav");
     const ProgramResult result = Arrange({"song.wav", "-o", "a/b"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_THAT(result.out, HasSubstr("song.wav\n  Key      C Major (as found in the recording)\n"
                                       "  Style    Intelligent 4 Voices\n  Notes    7\n  Chords   "));
-    EXPECT_THAT(result.out, HasSubstr("  Written  a/b/Out_song.mid\n           a/b/Out_song_chords.mid\n"
+    EXPECT_THAT(result.out, HasSubstr("  Written  a/b/Out_song.wav\n           a/b/Out_song.mid\n"
+                                      "           a/b/Out_song_chords.mid\n"
                                       "           a/b/Out_song.svg\n"));
-    EXPECT_EQ(FilesIn("a/b"), (std::set<std::string>{"Out_song.mid", "Out_song_chords.mid", "Out_song.svg"}));
+    EXPECT_EQ(FilesIn("a/b"),
+              (std::set<std::string>{"Out_song.wav", "Out_song.mid", "Out_song_chords.mid", "Out_song.svg"}));
     EXPECT_EQ(XmlFault(ReadFile(folder_.File("a/b/Out_song.svg"))), "");
     EXPECT_TRUE(std::filesystem::exists(folder_.File("song.wav.kva")));
 
@@ -120,8 +62,8 @@ TEST_F(ArrangeProgram, WritesVoicesChordsAndPicture) {
 TEST_F(ArrangeProgram, WritesIntoTheCurrentFolderByDefault) {
     Sing("song.wav");
     EXPECT_EQ(Arrange({"song.wav", "--no-cache"}).exitCode, 0);
-    EXPECT_EQ(FilesIn(""),
-              (std::set<std::string>{"song.wav", "Out_song.mid", "Out_song_chords.mid", "Out_song.svg"}));
+    EXPECT_EQ(FilesIn(""), (std::set<std::string>{"song.wav", "Out_song.wav", "Out_song.mid",
+                                                  "Out_song_chords.mid", "Out_song.svg"}));
 }
 
 TEST_F(ArrangeProgram, JsonTellsSettingsAndEveryNote) {
@@ -138,8 +80,10 @@ TEST_F(ArrangeProgram, JsonTellsSettingsAndEveryNote) {
     EXPECT_EQ(json["settings"]["range"], 1);
     EXPECT_EQ(json["settings"]["spread"].get<float>(), 0.6F);
     EXPECT_EQ(json["settings"]["region"]["end"], json["frames"]);
-    EXPECT_THAT(json["files"].get<std::vector<std::string>>(),
-                ElementsAre("out/Out_song.mid", "out/Out_song_chords.mid", "out/Out_song.svg"));
+    EXPECT_THAT(
+        json["files"].get<std::vector<std::string>>(),
+        ElementsAre("out/Out_song.wav", "out/Out_song.mid", "out/Out_song_chords.mid", "out/Out_song.svg"));
+    EXPECT_TRUE(json["oldFiles"].empty());
     ASSERT_EQ(json["notes"].size(), 7U);
     const auto midi = NotesByChannel(ReadFile(folder_.File("out/Out_song.mid")));
     for (std::size_t i = 0; i < 7; ++i) {
@@ -307,7 +251,7 @@ TEST_F(ArrangeProgram, TheSameRunGivesTheSameBytes) {
         again.emplace_back("two");
         ASSERT_EQ(Arrange(arguments).exitCode, 0); // analyses
         ASSERT_EQ(Arrange(again).exitCode, 0);     // reads the cache
-        for (const char* name : {"Out_song.mid", "Out_song.svg"})
+        for (const char* name : {"Out_song.wav", "Out_song.mid", "Out_song.svg"})
             EXPECT_EQ(ReadFile(folder_.File("one") / name), ReadFile(folder_.File("two") / name)) << name;
     }
 }
@@ -339,7 +283,7 @@ TEST_F(ArrangeProgram, SeveralRecordingsFollowOneAnother) {
     EXPECT_EQ(result.err, "sonorelle: text.wav: Could not load audio file!\n"
                           "sonorelle: missing.wav: Could not load audio file!\n");
     EXPECT_THAT(result.out, HasSubstr("out/Out_a.svg\n\nb.wav\n"));
-    EXPECT_EQ(FilesIn("out").size(), 6U);
+    EXPECT_EQ(FilesIn("out").size(), 8U);
     const ProgramResult json = Arrange({"a.wav", "b.wav", "--json", "-o", "out"});
     EXPECT_EQ(CountOf(json.out, "\n"), 2U);
 }
@@ -362,6 +306,13 @@ TEST_F(ArrangeProgram, WrongUseIsTwoAndDoesNothing) {
                                                          {"song.wav", "--transpose", "-25"},
                                                          {"song.wav", "--intervals", "-1,0,0"},
                                                          {"song.wav", "--region", "-1:2"},
+                                                         {"song.wav", "--preset", "loud"},
+                                                         {"song.wav", "--voice", "4:mute"},
+                                                         {"song.wav", "--voice", "0:vol=2"},
+                                                         {"--voice", "0:mute"},
+                                                         {"song.wav", "--voice"},
+                                                         {"song.wav", "--tuning", "349"},
+                                                         {"song.wav", "--speed", "0"},
                                                          {"song.wav", "--nonsense"},
                                                          {"song.wav", "-o", ""},
                                                          {"song.wav", "song.wav"},
@@ -402,9 +353,10 @@ TEST_F(ArrangeProgram, AResultThatCannotBeWrittenIsToldAndLeavesTheOthersAlone) 
 
 TEST_F(ArrangeProgram, OldResultsAreReplaced) {
     Sing("song.wav");
-    for (const char* name : {"Out_song.mid", "Out_song_chords.mid", "Out_song.svg"})
+    for (const char* name : {"Out_song.wav", "Out_song.mid", "Out_song_chords.mid", "Out_song.svg"})
         WriteFile(folder_.File(name), "old");
     EXPECT_EQ(Arrange({"song.wav"}).exitCode, 0);
+    EXPECT_EQ(ReadFile(folder_.File("Out_song.wav")).rfind("RIFF", 0), 0U);
     for (const char* name : {"Out_song.mid", "Out_song_chords.mid"})
         EXPECT_EQ(ReadFile(folder_.File(name)).rfind("MThd", 0), 0U);
     EXPECT_EQ(XmlFault(ReadFile(folder_.File("Out_song.svg"))), "");
@@ -416,7 +368,7 @@ TEST_F(ArrangeProgram, FilesAreFinishedThoughTheReaderLeaves) {
                                              .folder = folder_.Path().string(),
                                              .closesOutAtOnce = true});
     EXPECT_EQ(result.exitCode, 141);
-    EXPECT_EQ(FilesIn("out").size(), 3U);
+    EXPECT_EQ(FilesIn("out").size(), 4U);
 }
 
 TEST_F(ArrangeProgram, CancellingLeavesNothingBehind) {
@@ -425,7 +377,7 @@ TEST_F(ArrangeProgram, CancellingLeavesNothingBehind) {
     const ProgramResult result = RunProgram({.arguments = {"arrange", "long.wav"},
                                              .folder = folder_.Path().string(),
                                              .errIsTerminal = true,
-                                             .signalAtFirstOutput = SIGINT});
+                                             .signalAtOutput = SIGINT});
     EXPECT_EQ(result.exitCode, 130) << "signal " << result.signal;
     EXPECT_TRUE(result.err.ends_with(" \rsonorelle: long.wav: Cancelled.\r\n")) << result.err;
     EXPECT_EQ(FilesIn(""), (std::set<std::string>{"long.wav"}));
@@ -434,9 +386,11 @@ TEST_F(ArrangeProgram, CancellingLeavesNothingBehind) {
 TEST_F(ArrangeProgram, HelpNamesEveryOption) {
     const ProgramResult help = Arrange({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* word : {"--output", "--style", "--arrangement", "--root", "--scale", "--harmony-scale",
-                             "--snap", "--range", "--spread", "--intervals", "--transpose", "--tempo",
-                             "--region", "--json", "--list", "--no-cache", "--quiet"})
+    for (const char* word :
+         {"--output", "--style",  "--arrangement", "--root",      "--scale",     "--harmony-scale",
+          "--snap",   "--range",  "--spread",      "--intervals", "--transpose", "--tempo",
+          "--region", "--preset", "--voice",       "--tuning",    "--speed",     "--stems",
+          "--json",   "--list",   "--no-cache",    "--quiet"})
         EXPECT_THAT(help.out, HasSubstr(word));
     EXPECT_THAT(RunProgramWith({"--help"}).out, HasSubstr("arrange"));
 }

@@ -1,5 +1,7 @@
 #include "cli/arrangement_names.h"
 
+#include "app/voice_preset.h"
+#include "cli/named_numbers.h"
 #include "harmony/styles.h"
 
 #include <gtest/gtest.h>
@@ -75,8 +77,33 @@ TEST(FindInterval, TakesNamesAndSignedSteps) {
 TEST(ReadNumber, TakesFiniteNumbersAlone) {
     EXPECT_EQ(ReadNumber("0.6"), 0.6);
     EXPECT_EQ(ReadNumber("-2e1"), -20.0);
-    for (const char* text : {"", "x", "1,5", "1 ", "nan", "inf", "1e999"})
+    EXPECT_EQ(ReadNumber("+1.5"), 1.5);
+    for (const char* text : {"", "x", "+", "+-1", "++1", "1,5", "1 ", "nan", "inf", "1e999"})
         EXPECT_EQ(ReadNumber(text), std::nullopt) << text;
+}
+
+TEST(FindVoice, TakesNumbersAndColoursOfTheVoicesThatThereAre) {
+    for (const std::int32_t voice : {0, 1, 2, 3}) {
+        EXPECT_EQ(FindVoice(std::to_string(voice), 4), voice);
+        EXPECT_EQ(FindVoice(VoiceName(voice), 4), voice);
+    }
+    EXPECT_EQ(FindVoice(" RED ", 2), 1);
+    EXPECT_EQ(FindVoice("g", 4), 3);
+    for (const char* text : {"2", "blue", "3", "green"}) EXPECT_EQ(FindVoice(text, 2), std::nullopt) << text;
+    for (const char* text : {"", "4", "-1", "lead", "1.0"})
+        EXPECT_EQ(FindVoice(text, 4), std::nullopt) << text;
+    EXPECT_EQ(VoiceChoices(3), "0 to 2, or orange, red, blue");
+    EXPECT_EQ(VoiceName(-1), "");
+    EXPECT_EQ(VoiceName(4), "");
+}
+
+TEST(FindPreset, TakesNamesAndNumbers) {
+    EXPECT_EQ(FindPreset("Default"), kDefaultPreset);
+    EXPECT_EQ(FindPreset("flat"), kFlatPreset);
+    EXPECT_EQ(FindPreset("1"), kFlatPreset);
+    for (const char* text : {"", "2", "-1", "loud"}) EXPECT_EQ(FindPreset(text), std::nullopt) << text;
+    EXPECT_EQ(PresetName(kFlatPreset), "flat");
+    EXPECT_EQ(PresetName(2), "");
 }
 
 TEST(KeyAndScaleName, FollowsTheSignature) {

@@ -30,7 +30,8 @@ struct ProgramWish {
     std::string folder = ".";
     std::string outPath = {};     // where standard output goes; empty: into the result
     bool errIsTerminal = false;   // a pseudo terminal of 80 columns
-    int signalAtFirstOutput = 0;  // sent when the first bytes arrive on standard error
+    int signalAtOutput = 0;       // sent when standard error holds ...
+    std::string signalText = {};  // ... this; empty: anything
     bool closesOutAtOnce = false; // nobody reads standard output
 };
 
@@ -100,7 +101,7 @@ inline ProgramResult RunProgram(const ProgramWish& wish) {
     out.CloseEnd(1);
     err.CloseEnd(1);
     if (wish.closesOutAtOnce) out.CloseEnd(0);
-    int signalToSend = wish.signalAtFirstOutput;
+    int signalToSend = wish.signalAtOutput;
     bool outIsOpen = !wish.closesOutAtOnce;
     bool errIsOpen = true;
     while (outIsOpen || errIsOpen) {
@@ -109,7 +110,8 @@ inline ProgramResult RunProgram(const ProgramWish& wish) {
         if (poll(streams.data(), streams.size(), -1) < 0) break;
         if (streams[0].revents != 0) outIsOpen = detail::ReadSome(out.ends[0], result.out);
         if (streams[1].revents != 0) errIsOpen = detail::ReadSome(err.ends[0], result.err);
-        if (signalToSend != 0 && !result.err.empty()) kill(child, std::exchange(signalToSend, 0));
+        const bool isTime = !result.err.empty() && result.err.find(wish.signalText) != std::string::npos;
+        if (signalToSend != 0 && isTime) kill(child, std::exchange(signalToSend, 0));
     }
     int status = 0;
     waitpid(child, &status, 0);

@@ -15,13 +15,17 @@ inline ArrangementReport SampleArrangement() {
     report.settings.voiceRange = 1;
     report.settings.intervals = {0, -2, 2, 5};
     report.settings.regionEnd = report.melody.frames;
+    report.settings.preset = kDefaultPreset;
+    report.settings.voices = StripsOfPreset(kDefaultPreset);
+    report.settings.heard = {true, true, true, true};
+    report.settings.tuning = report.melody.tuningHz;
     report.voiceCount = 4;
     report.hasChords = true;
     report.notes = {
         {report.melody.notes[0], {9, 3, kMajorTriad, kNoTetrad}, {57, 45, 52, 61}, {1, 1, 1, 1}},
         {report.melody.notes[1], {9, 3, kMajorTriad, kNoTetrad}, {61, 45, 52, 61}, {1, 1, 1, 1}},
         {report.melody.notes[2], {6, 4, kNoTriad, kMinorSeventh}, {100, 54, -1, 64}, {1, 1, 0, 0.5F}}};
-    report.files = {"out/Out_song.mid", "out/Out_song_chords.mid", "out/Out_song.svg"};
+    report.files = {"out/Out_song.wav", "out/Out_song.mid", "out/Out_song_chords.mid", "out/Out_song.svg"};
     return report;
 }
 

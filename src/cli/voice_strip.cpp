@@ -1,0 +1,127 @@
+#include "cli/voice_strip.h"
+
+#include "cli/named_numbers.h"
+#include "platform/numbers.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace sonorelle {
+
+namespace {
+
+constexpr std::array<StripControl, 8> kControls = {{
+    // key, least, most, unit
+    {"vol", 0, 1.333, "", &VoiceStrip::vol},
+    {"pan", -1, 1, "", &VoiceStrip::pan},
+    {"delay", 0, 100, "ms", &VoiceStrip::delay},
+    {"shape", -8, 8, "semitones", &VoiceStrip::shape},
+    {"tune", 0, 100, "%", &VoiceStrip::tune},
+    {"drift", 0, 200, "%", &VoiceStrip::drift},
+    {"glide", 0, 100, "%", &VoiceStrip::glide},
+    {"time", 0, 100, "%", &VoiceStrip::time},
+}};
+
+// From the strips' units to those of the bank, and the other way round. Each way has a factor of its own that
+// is exact or nearest: round values of the presets stay round.
+constexpr float kSharePerPercent = 0.01F;
+constexpr float kPercentPerShare = 100;
+constexpr float kSecondsPerMillisecond = 0.001F;
+constexpr float kMillisecondsPerSecond = 1000;
+constexpr float kTimingPerPercent = 0.002F; // seconds: 200 ms at the top
+constexpr float kPercentPerTiming = 500;
+constexpr float kSemitonesPerOctave = 12;
+
+VoiceStrip StripOfSettings(const VoiceSettings& settings) {
+    VoiceStrip strip;
+    strip.vol = settings.vol;
+    strip.pan = settings.pan;
+    strip.delay = settings.delay * kMillisecondsPerSecond;
+    strip.shape = kSemitonesPerOctave * std::log2(settings.formantShift);
+    strip.tune = settings.quantize * kPercentPerShare;
+    strip.drift = (1 - settings.drift) * kPercentPerShare;
+    strip.glide = settings.glide * kPercentPerShare;
+    strip.time = settings.timing * kPercentPerTiming;
+    strip.mute = settings.mute;
+    strip.solo = settings.solo;
+    return strip;
+}
+
+std::string RangeText(const StripControl& control) {
+    std::string text = std::string(control.key) + "=" + FormatFloat(static_cast<float>(control.least)) +
+                       " to " + FormatFloat(static_cast<float>(control.most));
+    return *control.unit != '\0' ? text + " " + control.unit : text;
+}
+
+std::string KeyChoices() {
+    std::string text;
+    for (const StripControl& control : kControls) text += std::string(control.key) + "=, ";
+    return text + "mute, solo";
+}
+
+} // namespace
+
+std::span<const StripControl> StripControls() { return kControls; }
+
+std::string SetStripControl(VoiceStrip& strip, std::string_view text) {
+    const std::size_t equals = text.find('=');
+    const std::string_view key = TrimBlanks(text.substr(0, equals));
+    if (equals == std::string_view::npos) {
+        if (key != "mute" && key != "solo") return KeyChoices();
+        (key == "mute" ? strip.mute : strip.solo) = true;
+        return "";
+    }
+    for (const StripControl& control : kControls) {
+        if (key != control.key) continue;
+        const std::optional<double> number = ReadNumber(TrimBlanks(text.substr(equals + 1)));
+        if (!number || *number < control.least || *number > control.most) return RangeText(control);
+        strip.*control.value = static_cast<float>(*number);
+        return "";
+    }
+    return KeyChoices();
+}
+
+std::string StripChanges(const VoiceStrip& strip, const VoiceStrip& usual) {
+    std::string text;
+    const auto add = [&](const std::string& change) { text += (text.empty() ? "" : ",") + change; };
+    for (const StripControl& control : kControls) {
+        const float value = strip.*control.value;
+        if (value != usual.*control.value) add(std::string(control.key) + "=" + FormatFloat(value));
+    }
+    if (strip.mute && !usual.mute) add("mute");
+    if (strip.solo && !usual.solo) add("solo");
+    return text;
+}
+
+VoiceStrips StripsOfPreset(std::int32_t preset) {
+    VoiceStrips strips;
+    const auto presets = FactoryPresets();
+    const VoiceSettingsOfAll& voices = presets[static_cast<std::size_t>(preset)].voices;
+    std::transform(voices.begin(), voices.end(), strips.begin(), StripOfSettings);
+    return strips;
+}
+
+VoiceSettings SettingsOfStrip(const VoiceStrip& strip) {
+    VoiceSettings settings;
+    settings.vol = strip.vol;
+    settings.pan = strip.pan;
+    settings.quantize = strip.tune * kSharePerPercent;
+    settings.delay = strip.delay * kSecondsPerMillisecond;
+    settings.formantShift = std::exp2(strip.shape / kSemitonesPerOctave);
+    settings.drift = 1 - strip.drift * kSharePerPercent;
+    settings.glide = strip.glide * kSharePerPercent;
+    settings.timing = strip.time * kTimingPerPercent;
+    settings.mute = strip.mute;
+    settings.solo = strip.solo;
+    return settings;
+}
+
+VoiceSettingsOfAll SettingsOfStrips(const VoiceStrips& strips) {
+    VoiceSettingsOfAll settings;
+    std::transform(strips.begin(), strips.end(), settings.begin(), SettingsOfStrip);
+    return settings;
+}
+
+} // namespace sonorelle
