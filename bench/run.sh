@@ -39,6 +39,8 @@ if [ -n "$missing" ]; then
 fi
 pkg-config --exists fftw3f || echo "run.sh: no comparison with FFTW (Debian: apt install libfftw3-dev)" >&2
 pkg-config --exists aubio || echo "run.sh: no comparison with aubio (Debian: apt install libaubio-dev)" >&2
+pkg-config --exists rubberband || echo "run.sh: no comparison with Rubber Band (Debian: apt install librubberband-dev)" >&2
+pkg-config --exists soundtouch || echo "run.sh: no comparison with SoundTouch (Debian: apt install libsoundtouch-dev)" >&2
 command -v praat >/dev/null 2>&1 || echo "run.sh: no comparison with praat (Debian: apt install praat)" >&2
 
 build=$top/build/bench
@@ -64,6 +66,7 @@ run dsp_tools_bench --benchmark_min_time=0.1
 run harmony_bench --benchmark_min_time=0.1
 run choir_driver_bench --benchmark_min_time=0.1
 run snapshot_bench --benchmark_min_time=0.1
+run voice_bank_bench --benchmark_min_time=0.3
 
 # medians FILE: "name counter value" for each counter of each median; k, M, m and u behind a number are undone.
 medians() {
@@ -178,3 +181,13 @@ microseconds "$results/harmony_bench.txt" . 0
 microseconds "$results/choir_driver_bench.txt" . 25000
 microseconds "$results/snapshot_bench.txt" '^RecallSnapshot/500$' 50
 microseconds "$results/snapshot_bench.txt" '^(PlainCopy|PushUndo|UndoAndRedo|Register)' 0
+
+echo
+echo "Four voices in blocks of 64 at 44.1 kHz, CPU time in per cent of the music's, and single blocks in microseconds"
+medians "$results/voice_bank_bench.txt" | awk '
+    $2 == "percent" { if ($1 == "FourVoicesAndMix") ours = $3; printf "  %-58s %8.3f %%", $1, $3
+        if ($1 ~ /^FourCopies/) printf "   (x %.0f)", $3 / ours
+        print "" }
+    $2 == "median_us" { median[$1] = $3 }
+    $2 == "slowest_us" { slowest[$1] = $3; if (!($1 in seen)) { order[++count] = $1; seen[$1] = 1 } }
+    END { for (i = 1; i <= count; ++i) printf "  %-58s median %.1f, slowest %.1f\n", order[i], median[order[i]], slowest[order[i]] }'
