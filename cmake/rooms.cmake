@@ -1,3 +1,14 @@
+if(SONORELLE_SANITIZE AND NOT SONORELLE_FUZZ)
+  # The sanitizers' builds read the standard library once for all rooms. The others compile each file by what it includes
+  # itself, so that a missing include shows there.
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/room_headers.cpp CONTENT "")
+  add_library(sonorelle_room_headers OBJECT ${CMAKE_BINARY_DIR}/room_headers.cpp)
+  target_link_libraries(sonorelle_room_headers PRIVATE sonorelle_flags)
+  target_precompile_headers(sonorelle_room_headers PRIVATE
+    <algorithm> <array> <bit> <cmath> <cstdint> <cstdio> <cstring> <functional> <limits> <memory> <new> <numbers> <optional>
+    <span> <stdexcept> <string> <string_view> <utility> <vector>)
+endif()
+
 # sonorelle_room(NAME [USES room...] [SYSTEM target...])
 #
 # Makes src/NAME a static library. The folder is reached as "NAME/file.h" through a directory that holds nothing else, so
@@ -35,6 +46,9 @@ function(sonorelle_room name)
   add_library(${target} STATIC ${sources})
   target_include_directories(${target} PUBLIC ${view})
   target_link_libraries(${target} PUBLIC sonorelle_flags)
+  if(TARGET sonorelle_room_headers)
+    target_precompile_headers(${target} REUSE_FROM sonorelle_room_headers)
+  endif()
   foreach(used ${ROOM_USES})
     target_link_libraries(${target} PRIVATE sonorelle_${used})
   endforeach()

@@ -13,12 +13,14 @@
 #include "support/melodies.h"
 #include "support/memory_audio_file.h"
 #include "support/note_matching.h"
+#include "support/sanitizer_share.h"
 #include "support/synthetic_singer.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -65,7 +67,8 @@ Analysed Analyse(const Recording& recording) {
     return {AnalysisResults(analyzer), analyzer.EstimateKey(0)};
 }
 
-// Twelve melodies: each voice in each tuning, in twelve keys, half of them stereo.
+// Twelve melodies: each voice in each tuning, in twelve keys, half of them stereo. Under a sanitizer four of
+// them: each voice, in tunings that take turns.
 struct MelodyNumber {
     const Voice& voice;
     double tuningHertz;
@@ -74,8 +77,16 @@ struct MelodyNumber {
 
 std::vector<MelodyNumber> TwelveMelodies() {
     std::vector<MelodyNumber> all;
-    for (const Voice& voice : kVoices)
-        for (const double tuning : kTunings) all.push_back({voice, tuning, static_cast<int>(all.size())});
+    int number = 0;
+    for (const Voice& voice : kVoices) {
+        for (const double tuning : kTunings) {
+            // Numbers 0, 4, 8 and 9.
+            const int tunings = static_cast<int>(std::size(kTunings));
+            const bool turn = number % tunings == number / tunings % tunings;
+            if (turn || !kUnderSanitizer) all.push_back({voice, tuning, number});
+            ++number;
+        }
+    }
     return all;
 }
 
@@ -140,11 +151,11 @@ class SungMelodies : public testing::TestWithParam<int> {};
 
 TEST_P(SungMelodies, AreFoundNoteForNoteWithTheirPitchMarksTuningAndKey) {
     const Score score = ScoreAll(GetParam(), Consonant::kPlosive);
-    EXPECT_GE(score.notes.known, 190U);
+    EXPECT_GE(score.notes.known, SanitizerShare<std::size_t>(190, 3));
     EXPECT_GE(score.notes.FMeasure(), 0.97);
-    EXPECT_GE(score.curve.voiced, 20'000U);
+    EXPECT_GE(score.curve.voiced, SanitizerShare<std::size_t>(20'000, 3));
     EXPECT_GE(score.curve.Accuracy(), 0.995);
-    EXPECT_GE(score.marks.periods, 15'000U);
+    EXPECT_GE(score.marks.periods, SanitizerShare<std::size_t>(15'000, 3));
     EXPECT_GE(score.marks.Share(), 0.99);
     EXPECT_EQ(score.wrongKeys, 0);
     EXPECT_GE(score.flattestCents, -kTuningTolerance);

@@ -5,6 +5,7 @@
 #include "formats/audio_file.h"
 #include "platform/result_codes.h"
 #include "support/melodies.h"
+#include "support/sanitizer_share.h"
 #include "support/slow_pitch_analysis.h"
 #include "support/synthetic_singer.h"
 
@@ -121,8 +122,10 @@ test::SingerSettings SingerAtTheTrackersRate() {
 
 TEST(CPTAnalysis, DecidesAsTheSlowModelOnSinging) {
     SlowPitchAnalysis::Events all;
+    int round = 0;
     for (const int lowest : {38, 48, 60, 72}) {
         for (const std::uint64_t melody : {1U, 2U}) {
+            if (!test::InSanitizerShare(round++, 3)) continue;
             auto settings = SingerAtTheTrackersRate();
             settings.seed = melody;
             settings.breath = melody == 2 ? 0.15 : 0.01;
@@ -135,9 +138,9 @@ TEST(CPTAnalysis, DecidesAsTheSlowModelOnSinging) {
             all.fallBacks += events.fallBacks;
         }
     }
-    EXPECT_GT(all.voiced, 1000);
-    EXPECT_GT(all.unvoiced, 50);
-    EXPECT_GT(all.fallBacks, 20);
+    EXPECT_GT(all.voiced, test::SanitizerShare(1000));
+    EXPECT_GT(all.unvoiced, test::SanitizerShare(50));
+    EXPECT_GT(all.fallBacks, test::SanitizerShare(20));
 }
 
 TEST(CPTAnalysis, DecidesAsTheSlowModelOnGlidesAndNoise) {
@@ -286,6 +289,7 @@ TEST(CPTAnalysis, APitchAbove160HzNeeds5DecibelsOneBelowNeedsThreeAndAHalf) {
     for (const double hertz : {150.0, 175.0}) {
         const double needed = hertz < 160.0 ? 3.5 : 5.0;
         for (int i = 0; i < 600; ++i) {
+            if (!test::InSanitizerShare(i, 5)) continue;
             CPTAnalysis analysis;
             ASSERT_EQ(analysis.Init(kRate, kSize, kFrame), kOk);
             SlowPitchAnalysis slow;
@@ -301,8 +305,8 @@ TEST(CPTAnalysis, APitchAbove160HzNeeds5DecibelsOneBelowNeedsThreeAndAHalf) {
             if (slow.GetComb() > 3.5 && slow.GetComb() < 5.0) ++between[hertz < 160.0 ? 0 : 1];
         }
     }
-    EXPECT_GT(between[0], 10) << "voiced at 150 Hz";
-    EXPECT_GT(between[1], 10) << "unvoiced at 175 Hz";
+    EXPECT_GT(between[0], test::SanitizerShare(10, 5)) << "voiced at 150 Hz";
+    EXPECT_GT(between[1], test::SanitizerShare(10, 5)) << "unvoiced at 175 Hz";
 }
 
 TEST_F(CPTAnalysisFixture, TheThresholdCanBeMovedAbove160HzAlone) {

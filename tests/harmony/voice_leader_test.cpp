@@ -3,6 +3,7 @@
 #include "harmony/chords.h"
 #include "harmony/slow_voicing.h"
 #include "platform/result_codes.h"
+#include "support/sanitizer_share.h"
 
 #include <gtest/gtest.h>
 
@@ -188,7 +189,7 @@ int CountDifferences(const ChordRecord& type, decltype(slow::Voicing::elementSta
     auto slow = std::make_unique<slow::Voicing>();
     slow->elementStages = elementStages;
     int different = 0;
-    for (int note = 0; note < 200; ++note) {
+    for (int note = 0; note < test::SanitizerShare(200); ++note) {
         const CKey key;
         const std::int32_t pitch = key.SnapToScale(55 + static_cast<int>(random() % 20));
         ChordRecord chords[3];
@@ -205,9 +206,9 @@ int CountDifferences(const ChordRecord& type, decltype(slow::Voicing::elementSta
 TEST(GenerateVoices, ATriadInFourVoicesGetsNoStepBonusOrSpacingAndAFourNoteChordDoes) {
     const ChordRecord tetrad{0, 4, kNoTriad, kDominantSeventh};
     EXPECT_EQ(CountDifferences(kC, slow::Voicing::Never), 0);
-    EXPECT_GT(CountDifferences(kC, slow::Voicing::Always), 10);
+    EXPECT_GT(CountDifferences(kC, slow::Voicing::Always), test::SanitizerShare(10));
     EXPECT_EQ(CountDifferences(tetrad, slow::Voicing::Always), 0);
-    EXPECT_GT(CountDifferences(tetrad, slow::Voicing::Never), 10);
+    EXPECT_GT(CountDifferences(tetrad, slow::Voicing::Never), test::SanitizerShare(10));
 }
 
 TEST(GenerateVoices, ResetForgetsTheLastNoteAndKeepsTheStepMemory) {
@@ -253,7 +254,7 @@ ChordRecord AnyChord(std::mt19937& random, const CKey& key, std::int32_t pitch) 
 void CompareMelodies(unsigned generator, int melodies, bool changeModes) {
     std::mt19937 random(generator);
     std::array<std::uint32_t, 3> compared{};
-    for (int melody = 0; melody < melodies; ++melody) {
+    for (int melody = 0; melody < test::SanitizerShare(melodies); ++melody) {
         CKey key;
         key.SetRoot(static_cast<int>(random() % 12));
         key.SetMelodyScale(static_cast<int>(random() % 11));
@@ -287,7 +288,7 @@ void CompareMelodies(unsigned generator, int melodies, bool changeModes) {
             ++compared[static_cast<std::size_t>(slow->h - 1)];
         }
     }
-    for (const std::uint32_t count : compared) EXPECT_GT(count, 500U);
+    for (const std::uint32_t count : compared) EXPECT_GT(count, test::SanitizerShare(500U));
 }
 
 TEST(GenerateVoices, EqualsTheLiteralScorerOnRandomMelodies) { CompareMelodies(kGenerator, 240, false); }
