@@ -154,6 +154,7 @@ std::int32_t CAudioExport::ExportFiles(std::span<const AudioExportFile> files, c
     };
     if (bank.GetChannelCount() < 1 || !std::all_of(files.begin(), files.end(), isVoice)) return kBadArgument;
     const LiveBypass bypass(driver);
+    limitedFrames.clear();
 
     std::vector<std::unique_ptr<Output>> outputs;
     for (const AudioExportFile& file : files) {
@@ -162,7 +163,6 @@ std::int32_t CAudioExport::ExportFiles(std::span<const AudioExportFile> files, c
         if (!outputs.back()->Open(file.path, bank)) return kCannotWrite;
     }
     const std::int32_t result = Render(outputs, progress);
-    limitedFrames.clear();
     for (const auto& output : outputs) limitedFrames.push_back(output->GetLimitedFrames());
     if (result != kOk) return result;
     const bool closed =
@@ -188,7 +188,7 @@ std::int32_t CAudioExport::Render(const std::vector<std::unique_ptr<Output>>& ou
     double position = std::max(settings.playStart, 0);
     bank.ClearVoices(); // as if nothing had played, so that the file is the same whatever did
     bank.RestartVoices();
-    bank.Seek(position);
+    bank.Locate(position); // also where the bank is there already
     const double start = position;
     ProgressSteps steps(progress);
     if (!steps.Tell(0)) return kCancelled;

@@ -97,9 +97,10 @@ float CVoiceMix::GetPeak(std::int32_t voice, std::int32_t side) const {
 void CVoiceMix::DecayPeaks() {
     for (auto& sides : meters) {
         for (Meter& meter : sides) {
-            const float peak = meter.peak.load(std::memory_order_relaxed);
+            // A peak that the audio thread raises meanwhile is lost to neither.
+            const float recent = meter.blockPeak.exchange(0, std::memory_order_relaxed);
+            const float peak = std::max(meter.peak.load(std::memory_order_relaxed), recent);
             meter.peak.store(peak * kPeakDecay + kPeakFloor, std::memory_order_relaxed);
-            meter.blockPeak.store(0, std::memory_order_relaxed);
         }
     }
 }

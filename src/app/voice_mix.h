@@ -41,7 +41,8 @@ struct VoiceMixInput {
     std::array<float* const*, kVoices> buffers{}; // [voice][channel], faded in place; not null if enabled
     std::int32_t channels = 2;                    // of each voice, 1 or 2
     std::array<StripGain, kVoices> gains{};
-    std::array<bool, kVoices> enabled{}; // a voice that is not adds nothing, and its buffer is not touched
+    std::array<bool, kVoices> enabled{}; // as the bank rendered them (IsVoiceEnabled); a voice that is not
+                                         // adds nothing, and its buffer is not touched
 };
 
 // What is mixed to where.

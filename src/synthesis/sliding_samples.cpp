@@ -42,9 +42,9 @@ void SlidingSamples::Drop(std::int32_t n, std::int32_t used) noexcept {
     front = 0;
 }
 
-void SlidingSamples::Clear() noexcept {
-    for (std::vector<float>& samples : storage) std::fill(samples.begin(), samples.end(), 0.0F);
-    front = 0;
+void SlidingSamples::Clear(std::int32_t n) noexcept {
+    const std::int32_t cleared = std::clamp(n, 0, capacity);
+    for (std::vector<float>& samples : storage) std::fill_n(samples.data() + front, cleared, 0.0F);
 }
 
 } // namespace sonorelle

@@ -24,7 +24,7 @@ public:
     // how many samples from the old front on matter; only those are kept when everything has to move.
     void Drop(std::int32_t n, std::int32_t used) noexcept;
 
-    void Clear() noexcept; // zeros everywhere
+    void Clear(std::int32_t n) noexcept; // zeros at indices 0 to n - 1
 
     // The sample at index 0 of a channel; good for indices 0 to GetCapacity() - 1, until the next Drop or
     // Reserve.

@@ -114,7 +114,12 @@ std::int32_t CvirelaineSynthesis::RenderBlock(const float* const* in, std::int32
                                               float gain) {
     Append(in, count);
     if (inputFill < 1) {
-        if (outputMark >= blockSize) HandOut(out);
+        if (outputMark >= blockSize) {
+            HandOut(out);
+        } else {
+            for (std::int32_t channel = 0; channel < channels; ++channel)
+                std::fill_n(out[channel], blockSize, 0.0F);
+        }
         return 0;
     }
     const double base = HumanisedPosition();
@@ -204,7 +209,7 @@ void CvirelaineSynthesis::Restart() {
 }
 
 void CvirelaineSynthesis::SwitchOn() {
-    output.Clear();
+    output.Clear(outputEnd); // what lies behind is written before it is read
     fadeInCount = 0;
     grainsActive = true;
 }

@@ -22,8 +22,7 @@ namespace {
 constexpr float kGapSeconds = 0.03F; // a shorter break is a consonant, and the voice glides over it
 constexpr float kGlideScale = 0.5F;  // seconds for the whole of the control
 
-// The recording is read at least so many samples at a time, and as many that all voices have passed stay.
-constexpr std::int32_t kReadAtLeast = 4096;
+// As many samples of the recording that all voices have passed stay.
 constexpr std::int32_t kFlushThreshold = 4096;
 constexpr std::int32_t kUsualSourceBuffer = 32768;
 constexpr std::int32_t kUsualScratch = 32768;
@@ -135,8 +134,6 @@ std::int32_t CVoiceBank::CreateVoice(std::int32_t index, const VoiceLimits& limi
 }
 
 void CVoiceBank::PushSettings(Voice& voice) const {
-    voice.law->SetQuantize(voice.quantize);
-    voice.law->SetCorrection(voice.drift);
     voice.synthesis->SetTimeFactor(speed);
     ApplyDelay(voice);
 }
@@ -173,7 +170,11 @@ void CVoiceBank::FindGapLimit() {
 // Positions.
 
 void CVoiceBank::Seek(double& target) {
-    if (IsReady() && std::isfinite(target) && target != position) GoTo(target);
+    if (target != position) Locate(target);
+}
+
+void CVoiceBank::Locate(double& target) {
+    if (IsReady() && std::isfinite(target)) GoTo(target);
 }
 
 // The voices snap to marks of their own, and read the recording from where their first grain begins: their
@@ -265,7 +266,7 @@ void CVoiceBank::SetDelay(std::int32_t index, float seconds) {
 void CVoiceBank::ApplyDelay(Voice& voice) const {
     const auto delaySamples = static_cast<std::uint32_t>(WholeSamples(sampleRate * voice.delay));
     for (const std::unique_ptr<RingBuffer>& line : voice.delayLines)
-        if (line) line->readIndex = (line->writeIndex - delaySamples) & line->mask;
+        if (line) line->readIndex = (line->writeIndex - std::min(delaySamples, line->mask)) & line->mask;
 }
 
 void CVoiceBank::SetTiming(std::int32_t index, float seconds) {
@@ -276,22 +277,21 @@ void CVoiceBank::SetTiming(std::int32_t index, float seconds) {
 
 void CVoiceBank::SetFormantShift(std::int32_t index, float ratio) {
     if (!IsVoice(index) || !std::isfinite(ratio)) return;
-    voices[static_cast<std::size_t>(index)]->formantShift =
-        std::clamp(ratio, VoiceLimits::kLowestFormant, VoiceLimits::kHighestFormant);
+    voices[static_cast<std::size_t>(index)]->formantShift.store(
+        std::clamp(ratio, VoiceLimits::kLowestFormant, VoiceLimits::kHighestFormant),
+        std::memory_order_relaxed);
 }
 
 void CVoiceBank::SetQuantize(std::int32_t index, float amount) {
     if (!IsVoice(index) || !std::isfinite(amount)) return;
-    Voice& voice = *voices[static_cast<std::size_t>(index)];
-    voice.quantize = std::clamp(amount, 0.0F, 1.0F);
-    if (IsReady()) voice.law->SetQuantize(voice.quantize);
+    voices[static_cast<std::size_t>(index)]->quantize.store(std::clamp(amount, 0.0F, 1.0F),
+                                                            std::memory_order_relaxed);
 }
 
 void CVoiceBank::SetDrift(std::int32_t index, float amount) {
     if (!IsVoice(index) || !std::isfinite(amount)) return;
-    Voice& voice = *voices[static_cast<std::size_t>(index)];
-    voice.drift = std::clamp(amount, -1.0F, 1.0F);
-    if (IsReady()) voice.law->SetCorrection(voice.drift);
+    voices[static_cast<std::size_t>(index)]->drift.store(std::clamp(amount, -1.0F, 1.0F),
+                                                         std::memory_order_relaxed);
 }
 
 void CVoiceBank::SetGlide(std::int32_t index, float amount) {
@@ -306,6 +306,10 @@ void CVoiceBank::SetVoiceEnabled(std::int32_t index, bool on) {
     if (!IsVoice(index)) return;
     voices[static_cast<std::size_t>(index)]->switchedOn = on;
     if (IsReady()) RefreshEnabled();
+}
+
+bool CVoiceBank::IsVoiceEnabled(std::int32_t index) const {
+    return IsReady() && IsVoice(index) && voices[static_cast<std::size_t>(index)]->enabled;
 }
 
 // The arrangement may have changed its number of voices.

@@ -8,14 +8,14 @@
 //     CVoiceBank bank;
 //     if (bank.Init(driver) == kOk) {
 //         bank.SetBlockSize(64);
-//         while (bank.Render(voice0, voice1, voice2, voice3) == kOk) { ... }   // float* [channel], 64
-//         samples
+//         while (bank.Render(voice0, voice1, voice2, voice3) == kOk) { ... } // voiceN[channel][sample]
 //     }
 //
-// Threads: no lock of its own. Render, Seek and all setters are called under the application's AudioLock, but
-// for SetGlide and SetTiming, which any thread may call at any time: a block sees the old value or the new.
-// Init and SetBlockSize allocate; nothing else does, but for a MIDI queue that grows beyond the room made for
-// it. Nothing throws.
+// Threads: no lock of its own. Render, Seek, all setters and all queries are called under the application's
+// AudioLock, but for SetGlide, SetTiming, SetFormantShift, SetQuantize and SetDrift, which any thread may
+// call at any time: a block sees the old value or the new. The constructor and Init allocate; nothing else
+// does, but for a MIDI queue that grows beyond the room made for it. The constructor and GetMidiEvents throw
+// std::bad_alloc; nothing else throws.
 //
 // Seconds, semitones, ratios as told; numbers beyond a range are held to it, and one that is not finite is
 // ignored. A voice is 0 to 3; another one is ignored.
@@ -26,7 +26,6 @@
 #include "synthesis/voice_limits.h"
 
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -86,6 +85,8 @@ public:
     // Goes to `position` (samples), and tells the position reached: that of the mark nearest to it. Nothing
     // happens when the bank is there already.
     void Seek(double& position);
+    // The same, even when the bank is there already: all voices begin anew from there.
+    void Locate(double& position);
     // By the notes, from where the lead reads. The previous note is the one before when this one began less
     // than 0.75 s ago.
     void JumpToNextNote();
@@ -107,6 +108,8 @@ public:
     // Voices that the arrangement does not have stay silent whatever is set. A voice that goes off ends its
     // MIDI note at once; one that comes on again fades in.
     void SetVoiceEnabled(std::int32_t voice, bool on);
+    // Whether the last Render wrote the voice's arrays: it is switched on, and one of the arrangement's.
+    bool IsVoiceEnabled(std::int32_t voice) const;
 
     // --- Playback ---
     void RestartVoices(); // playback begins
@@ -156,7 +159,8 @@ private:
     std::int32_t MidiDelta() const;
 
     // Stages 2 and 3, voice_render.cpp.
-    void TakeTiming(std::int32_t index);
+    void TakeSettings(std::int32_t index);
+    void Delay(Voice& voice, float* const* block, float* const* out) const;
     void Feed();
     std::int32_t FindMissingInput();
     std::int32_t RenderVoices(float* const* const (&outputs)[kVoices]);

@@ -14,14 +14,17 @@
 
 namespace sonorelle {
 
+// The recording is read at least so many samples at a time.
+inline constexpr std::int32_t kReadAtLeast = 4096;
+
 struct CVoiceBank::Voice {
     // As set.
-    float delay = 0;        // seconds
-    float formantShift = 1; // ratio
-    float quantize = 0;     // 0 to 1
-    float drift = 0;        // 1 to -1
+    float delay = 0; // seconds
     bool switchedOn = true;
-    // These two are set from any thread.
+    // These are set from any thread, and taken at the start of each block.
+    std::atomic<float> formantShift{1}; // ratio
+    std::atomic<float> quantize{0};     // 0 to 1
+    std::atomic<float> drift{0};        // 1 to -1
     std::atomic<float> glideTime{0.1F}; // longest glide, seconds
     std::atomic<float> timing{0};       // seconds
     static_assert(std::atomic<float>::is_always_lock_free);

@@ -109,13 +109,13 @@ void CVoiceBank::FindRatio(Voice& voice, std::int32_t note, std::int32_t period)
     const float deviation = harmony->GetDeviation(note);
     const float target = base + voice.interval + deviation;
     const float ratio = voice.law->Calc(target, frequency, base + deviation, true, true) / frequency;
-    if (std::isfinite(ratio)) voice.pitchRatio = ratio;
+    if (std::isfinite(ratio) && ratio > 0) voice.pitchRatio = ratio;
 }
 
 void CVoiceBank::ApplyRatio(Voice& voice) const {
     voice.synthesis->SetPitchAndFormant(
         std::clamp(voice.pitchRatio * transposeRatio, VoiceLimits::kLowestPitch, VoiceLimits::kHighestPitch),
-        voice.formantShift);
+        voice.formantShift.load(std::memory_order_relaxed));
 }
 
 // Outside all notes the voice goes on as it was; only the gap grows, and its MIDI note ends.

@@ -11,7 +11,6 @@ namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kReadAtLeast = 4096; // samples of the recording at a time
 constexpr std::int32_t kEndOfRecording = -1;
 
 // Rates of the four human swings, in thousandths of half a swing per block: a little apart, so that no two
@@ -26,7 +25,7 @@ std::int32_t CVoiceBank::Render(float* const* out0, float* const* out1, float* c
     if (!IsReady()) return kEndOfRecording;
     RefreshEnabled();
     for (std::int32_t index = 0; index < kVoices; ++index) {
-        TakeTiming(index);
+        TakeSettings(index);
         FindPitch(index);
     }
     position += static_cast<double>(static_cast<float>(blockSize) * speed);
@@ -35,11 +34,14 @@ std::int32_t CVoiceBank::Render(float* const* out0, float* const* out1, float* c
     return RenderVoices(outputs);
 }
 
-// The one setting that may come from any thread at any time.
-void CVoiceBank::TakeTiming(std::int32_t index) {
+// What any thread may have set at any time; glide is read where it is used.
+void CVoiceBank::TakeSettings(std::int32_t index) {
     const auto slot = static_cast<std::size_t>(index);
-    const float amount = sampleRate * voices[slot]->timing.load(std::memory_order_relaxed);
-    voices[slot]->synthesis->SetTiming(amount, kTimingRates[slot] * kTimingRateUnit);
+    Voice& voice = *voices[slot];
+    const float amount = sampleRate * voice.timing.load(std::memory_order_relaxed);
+    voice.synthesis->SetTiming(amount, kTimingRates[slot] * kTimingRateUnit);
+    voice.law->SetQuantize(voice.quantize.load(std::memory_order_relaxed));
+    voice.law->SetCorrection(voice.drift.load(std::memory_order_relaxed));
 }
 
 // Reads as much of the recording as the most advanced voice asks for, and at least a whole piece of it.
@@ -105,16 +107,26 @@ bool CVoiceBank::RenderVoice(std::int32_t index, float* const* out) {
         return false;
     }
     if (!voice.enabled) return true;
+    Delay(voice, block, out);
+    return true;
+}
+
+// Through the voice's delay line, in pieces that leave the delayed samples in the ring until they are read.
+void CVoiceBank::Delay(Voice& voice, float* const* block, float* const* out) const {
     const auto samples = static_cast<std::uint32_t>(blockSize);
     for (std::int32_t channel = 0; channel < channels; ++channel) {
         RingBuffer& line = *voice.delayLines[static_cast<std::size_t>(channel)];
-        line.Write(block[channel], samples);
-        if (out != nullptr)
-            line.Read(out[channel], samples);
-        else
-            line.Skip(samples);
+        const std::uint32_t longest = line.size - line.Available();
+        for (std::uint32_t done = 0; done < samples;) {
+            const std::uint32_t piece = std::min(samples - done, longest);
+            line.Write(block[channel] + done, piece);
+            if (out != nullptr)
+                line.Read(out[channel] + done, piece);
+            else
+                line.Skip(piece);
+            done += piece;
+        }
     }
-    return true;
 }
 
 void CVoiceBank::Silence(float* const* out) const {

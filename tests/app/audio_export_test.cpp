@@ -294,6 +294,19 @@ TEST_F(AudioExport, GivesTheSameBitsEachTime) {
     EXPECT_TRUE(ExportBytes(CAudioExport::kAllVoices) == first);
 }
 
+// The settings reach what comes before the first note in a fresh bank, too.
+TEST_F(AudioExport, OfAFreshBankIsThatOfAUsedOne) {
+    melody_ =
+        std::make_unique<VoicedMelody>(MakeVoicedSong({{180, 4000, 0, false}, {200, 8000, 2000}}, {}), 0);
+    bank_ = std::make_unique<CVoiceBank>();
+    bank_->SetBlockSize(kBlockSize);
+    ASSERT_EQ(bank_->Init(melody_->Driver()), kOk);
+    bank_->SetTranspose(5);
+    for (std::int32_t voice = 0; voice < 4; ++voice) bank_->SetFormantShift(voice, 1.2F);
+    const std::string first = ExportBytes(CAudioExport::kAllVoices);
+    EXPECT_TRUE(ExportBytes(CAudioExport::kAllVoices) == first);
+}
+
 TEST_F(AudioExport, OfHumanisedVoicesGivesTheSameBitsEachTime) {
     for (std::int32_t voice = 0; voice < 4; ++voice)
         SendVoiceSettings(*bank_, voice,

@@ -19,7 +19,7 @@
 #include <vector>
 
 namespace sonorelle::test {
-inline constexpr double kUntouched = 7.0; // what the output buffers hold before anything is written
+inline constexpr double kUnwritten = 7.0; // what the output buffers hold before anything is written
 
 // Of a full scale of 1. The bank interpolates between samples and steps through its fade in f32; the fade
 // table alone moves by 7e-5 from one entry to the next.
@@ -79,8 +79,8 @@ public:
         const auto channels = melody.Song().channels.size();
         const auto size = static_cast<std::size_t>(samples);
         for (std::size_t v = 0; v < 4; ++v) {
-            made[v].assign(channels, std::vector<float>(size, static_cast<float>(kUntouched)));
-            expected[v].assign(channels, std::vector<double>(size, kUntouched));
+            made[v].assign(channels, std::vector<float>(size, static_cast<float>(kUnwritten)));
+            expected[v].assign(channels, std::vector<double>(size, kUnwritten));
             for (std::size_t c = 0; c < channels; ++c) pointers[v][c] = made[v][c].data();
         }
     }
@@ -159,7 +159,7 @@ private:
                 for (std::size_t i = 0; i < made[v][c].size(); ++i) {
                     const double sample = static_cast<double>(made[v][c][i]);
                     const double wanted = expected[v][c][i];
-                    if (wanted != kUntouched) loudest = std::max(loudest, std::fabs(wanted));
+                    if (wanted != kUnwritten) loudest = std::max(loudest, std::fabs(wanted));
                     if (std::fabs(sample - wanted) <= kSampleTolerance) continue;
                     ADD_FAILURE() << "voice " << v << ", channel " << c << ", block " << block << ", sample "
                                   << i << ": " << sample << " instead of " << wanted << ", read at "

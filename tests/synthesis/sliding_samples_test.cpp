@@ -109,16 +109,18 @@ TEST(SlidingSamples, DropBeyondItsBoundsIsHeldToThem) {
     EXPECT_EQ(samples.Channel(0)[49], 49.0F);
 }
 
-TEST(SlidingSamples, ClearSilencesTheWholeStorage) {
+TEST(SlidingSamples, ClearSilencesTheFrontAlone) {
     SlidingSamples samples(2, 50);
     Number(samples, 0, 50, 1);
     samples.Drop(25, 50);
     Number(samples, 0, 50, 1);
-    samples.Clear();
-    for (int n = 0; n < 2; ++n) {
-        EXPECT_EQ(std::count(samples.Channel(0), samples.Channel(0) + 50, 0.0F), 50);
-        samples.Drop(50, 50);
-    }
+    samples.Clear(30);
+    EXPECT_EQ(std::count(samples.Channel(0), samples.Channel(0) + 30, 0.0F), 30);
+    EXPECT_EQ(samples.Channel(0)[30], 31.0F);
+    samples.Clear(-1);
+    EXPECT_EQ(samples.Channel(0)[30], 31.0F);
+    samples.Clear(1000); // no further than there is room
+    EXPECT_EQ(std::count(samples.Channel(0), samples.Channel(0) + 50, 0.0F), 50);
 }
 
 } // namespace

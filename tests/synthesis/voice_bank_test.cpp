@@ -177,6 +177,38 @@ TEST(VoiceBank, ADelayMovesTheAudioByItsSamples) {
     }
 }
 
+// A block that is longer than what the line holds behind the delay.
+TEST(VoiceBank, ADelayIsTheSameInBlocksOfEverySize) {
+    for (const float rate : {11025.0F, 44100.0F}) {
+        VoicedSong song = PulseTrain(100, 40000, rate);
+        BankPlayer plain(song, VoiceLimits::kLargestBlock);
+        BankPlayer delayed(song, VoiceLimits::kLargestBlock);
+        delayed.bank.SetDelay(1, 0.1F);
+        plain.Play(8);
+        delayed.Play(8);
+        const auto shift = static_cast<std::size_t>(rate * 0.1F);
+        const auto& before = plain.sound[1][0];
+        const auto& after = delayed.sound[1][0];
+        ASSERT_EQ(after.size(), before.size());
+        ASSERT_GT(before.size(), 5U * VoiceLimits::kLargestBlock);
+        for (std::size_t i = 0; i < after.size(); ++i)
+            ASSERT_EQ(after[i], i < shift ? 0.0F : before[i - shift]) << rate << " " << i;
+    }
+}
+
+TEST(VoiceBank, TellsWhichVoicesItRenders) {
+    VoicedSong song = PulseTrain(200, 20000);
+    AddNote(song, 2000, 15000);
+    BankPlayer player(song, 64, 2); // two voices
+    ASSERT_EQ(player.melody.Driver().VoiceCount(), 2);
+    player.bank.SetVoiceEnabled(0, false);
+    ASSERT_EQ(player.Render(), 0);
+    EXPECT_FALSE(player.bank.IsVoiceEnabled(0));
+    EXPECT_TRUE(player.bank.IsVoiceEnabled(1));
+    for (const std::int32_t voice : {-1, 2, 3, 4}) EXPECT_FALSE(player.bank.IsVoiceEnabled(voice)) << voice;
+    EXPECT_FALSE(CVoiceBank().IsVoiceEnabled(0));
+}
+
 TEST(VoiceBank, ADelaySetWhilePlayingJumpsWithoutAFade) {
     BankPlayer delayed(RealSong());
     BankPlayer plain(RealSong());
