@@ -44,6 +44,11 @@ public:
         return table[static_cast<std::int32_t>(static_cast<float>(i) * step + 0.5F)];
     }
 
+    // Weights of the samples from `first` on.
+    void Copy(std::int32_t first, std::int32_t count, float* weights) const {
+        for (std::int32_t i = 0; i < count; ++i) weights[i] = (*this)[first + i];
+    }
+
 private:
     const float* table;
     float step; // entries from one sample to the next

@@ -9,6 +9,7 @@
 
 #include "synthesis/grain_tables.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 
@@ -25,52 +26,67 @@ public:
 
     // Adds the `samples` samples before the mark onto `out`.
     void AddRise(const float* input, std::int32_t samples, float* out) const {
-        const Fade fade(tables, samples);
         const float level = gain;
         Run(input, centre - samples * step, samples,
-            [&](std::int32_t i, float sample) { out[i] += sample * fade[i] * level; });
+            [=](std::int32_t at, std::int32_t count, const float* read, const float* weights) {
+                float* const to = out + at;
+                for (std::int32_t i = 0; i < count; ++i) to[i] += read[i] * weights[i] * level;
+            });
     }
 
     // Writes the `samples` samples from the mark on into `out`.
     void WriteFall(const float* input, std::int32_t samples, float* out) const {
-        const Fade fade(tables, samples);
         const float level = gain;
         Run(input, centre, samples,
-            [&](std::int32_t i, float sample) { out[i] = sample * (1.0F - fade[i]) * level; });
+            [=](std::int32_t at, std::int32_t count, const float* read, const float* weights) {
+                float* const to = out + at;
+                for (std::int32_t i = 0; i < count; ++i) to[i] = read[i] * (1.0F - weights[i]) * level;
+            });
     }
 
 private:
     static constexpr std::int32_t kFractionBits = 24;
     static constexpr std::int64_t kOne = std::int64_t{1} << kFractionBits;
+    // Samples at a time: what is read and weighted lies side by side in the first cache, so that all but the
+    // look-ups is done in whole vectors.
+    static constexpr std::int32_t kChunk = 64;
 
-    // Hands the interpolated samples from `start` on to `use`, one by one.
+    // Hands the samples from `start` on to `use`, chunk by chunk, with the weights of the rise.
     template<typename Use>
     void Run(const float* input, std::int64_t start, std::int32_t samples, Use use) const {
         if (samples < 1) return;
         const std::int64_t first = start >> kFractionBits;
         const std::int64_t last = ((start + (samples - 1) * step) >> kFractionBits) + 1;
-        const std::int32_t fill = inputFill;
-        const bool inside = first >= 0 && last < fill;
-        if (inside && step == kOne) { // formants as sung: the samples themselves
-            const float* const from = input + first;
-            for (std::int32_t i = 0; i < samples; ++i) use(i, from[i]);
-        } else if (inside) {
-            Interpolate(
-                start, samples, [=](std::int64_t k) { return input[k]; }, use);
-        } else {
-            Interpolate(
-                start, samples, [=](std::int64_t k) { return k >= 0 && k < fill ? input[k] : 0.0F; }, use);
+        const bool inside = first >= 0 && last < inputFill;
+        const Fade fade(tables, samples);
+        float read[kChunk];
+        float weights[kChunk];
+        for (std::int32_t at = 0; at < samples; at += kChunk) {
+            const std::int32_t count = std::min(samples - at, kChunk);
+            fade.Copy(at, count, weights);
+            const std::int64_t from = start + at * step;
+            if (inside && step == kOne) { // formants as sung: the samples themselves
+                std::copy_n(input + (from >> kFractionBits), count, read);
+            } else if (inside) {
+                Interpolate(
+                    from, count, [=](std::int64_t k) { return input[k]; }, read);
+            } else {
+                const std::int32_t fill = inputFill;
+                Interpolate(
+                    from, count, [=](std::int64_t k) { return k >= 0 && k < fill ? input[k] : 0.0F; }, read);
+            }
+            use(at, count, read, weights);
         }
     }
 
-    template<typename Read, typename Use>
-    void Interpolate(std::int64_t start, std::int32_t samples, Read read, Use use) const {
+    template<typename Read>
+    void Interpolate(std::int64_t start, std::int32_t count, Read sample, float* read) const {
         constexpr float kFraction = 1.0F / static_cast<float>(kOne);
         std::int64_t at = start;
-        for (std::int32_t i = 0; i < samples; ++i, at += step) {
+        for (std::int32_t i = 0; i < count; ++i, at += step) {
             const std::int64_t k = at >> kFractionBits;
             const float share = static_cast<float>(static_cast<std::int32_t>(at & (kOne - 1))) * kFraction;
-            use(i, share * read(k + 1) + (1.0F - share) * read(k));
+            read[i] = share * sample(k + 1) + (1.0F - share) * sample(k);
         }
     }
 
