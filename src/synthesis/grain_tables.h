@@ -40,16 +40,21 @@ public:
                    : static_cast<float>(GrainTables::kFadeLength - 1) / static_cast<float>(samples - 1)) {}
 
     // Weight of sample i, 0 <= i < samples; sample 0 alone in a fade of fewer than two.
-    float operator[](std::int32_t i) const {
-        return table[static_cast<std::int32_t>(static_cast<float>(i) * step + 0.5F)];
-    }
+    float operator[](std::int32_t i) const { return table[Entry(i)]; }
 
-    // Weights of the samples from `first` on.
+    // Weights of the `count` samples from `first` on, at most kMostAtOnce.
+    static constexpr std::int32_t kMostAtOnce = 64;
     void Copy(std::int32_t first, std::int32_t count, float* weights) const {
-        for (std::int32_t i = 0; i < count; ++i) weights[i] = (*this)[first + i];
+        std::int32_t entries[kMostAtOnce];
+        for (std::int32_t i = 0; i < count; ++i) entries[i] = Entry(first + i); // in whole vectors
+        for (std::int32_t i = 0; i < count; ++i) weights[i] = table[entries[i]];
     }
 
 private:
+    std::int32_t Entry(std::int32_t i) const {
+        return static_cast<std::int32_t>(static_cast<float>(i) * step + 0.5F);
+    }
+
     const float* table;
     float step; // entries from one sample to the next
 };

@@ -49,7 +49,7 @@ private:
     static constexpr std::int64_t kOne = std::int64_t{1} << kFractionBits;
     // Samples at a time: what is read and weighted lies side by side in the first cache, so that all but the
     // look-ups is done in whole vectors.
-    static constexpr std::int32_t kChunk = 64;
+    static constexpr std::int32_t kChunk = Fade::kMostAtOnce;
 
     // Hands the samples from `start` on to `use`, chunk by chunk, with the weights of the rise.
     template<typename Use>
