@@ -11,6 +11,7 @@
 #include "app/live_bypass.h"
 #include "formats/audio_file.h"
 #include "harmony/choir_driver.h"
+#include "platform/critical_section.h"
 #include "platform/result_codes.h"
 #include "platform/saturate.h"
 #include "synthesis/voice_bank.h"
@@ -30,6 +31,22 @@ constexpr std::int32_t kSides = 2; // a file has two channels, whatever the reco
 constexpr double kProgressSteps = 100;
 
 static_assert(AudioExportSettings::kVoices == CVoiceBank::kVoices);
+
+// The lock of the bank, where there is one, for the life of this object.
+class BankGuard {
+public:
+    explicit BankGuard(CCriticalSection* bankLock) : lock(bankLock) {
+        if (lock != nullptr) SpinEnter(*lock);
+    }
+    ~BankGuard() {
+        if (lock != nullptr) lock->LeaveCriticalSection();
+    }
+    BankGuard(const BankGuard&) = delete;
+    BankGuard& operator=(const BankGuard&) = delete;
+
+private:
+    CCriticalSection* lock;
+};
 
 double HeldTempoRatio(double ratio) {
     constexpr auto kLowest = static_cast<double>(1 / CVoiceBank::kLargestSpeed);
@@ -66,7 +83,10 @@ public:
             pointers.push_back(samples.data() + i * size);
     }
 
-    std::int32_t RenderFrom(CVoiceBank& bank) { return bank.Render(Of(0), Of(1), Of(2), Of(3)); }
+    std::int32_t RenderFrom(CVoiceBank& bank, CCriticalSection* lock) {
+        const BankGuard guard(lock);
+        return bank.Render(Of(0), Of(1), Of(2), Of(3));
+    }
     const float* Samples(std::size_t voice, std::size_t side) const {
         return pointers[voice * channels + side % channels];
     }
@@ -172,6 +192,18 @@ std::int32_t CAudioExport::ExportFiles(std::span<const AudioExportFile> files, c
     return kCannotWrite;
 }
 
+// Gives the position reached.
+double CAudioExport::GoToStart() {
+    const BankGuard guard(settings.lock);
+    for (std::size_t voice = 0; voice < settings.enabled.size(); ++voice)
+        bank.SetVoiceEnabled(static_cast<std::int32_t>(voice), settings.enabled[voice]);
+    double position = std::max(settings.playStart, 0);
+    bank.ClearVoices(); // as if nothing had played, so that the file is the same whatever did
+    bank.RestartVoices();
+    bank.Locate(position); // also where the bank is there already
+    return position;
+}
+
 // Every pass renders all four voices, so that the bank goes the same way whatever is written.
 //
 // Two quirks that stay, both where the file's time is not the recording's (tempoRatio): a block counts its
@@ -182,17 +214,11 @@ std::int32_t CAudioExport::Render(const std::vector<std::unique_ptr<Output>>& ou
     const std::int32_t blockSize = bank.GetBlockSize();
     const double tempoRatio = HeldTempoRatio(settings.tempoRatio);
     VoiceBuffers voices(bank.GetChannelCount(), blockSize);
-    for (std::size_t voice = 0; voice < settings.enabled.size(); ++voice)
-        bank.SetVoiceEnabled(static_cast<std::int32_t>(voice), settings.enabled[voice]);
-
-    double position = std::max(settings.playStart, 0);
-    bank.ClearVoices(); // as if nothing had played, so that the file is the same whatever did
-    bank.RestartVoices();
-    bank.Locate(position); // also where the bank is there already
-    const double start = position;
+    const double start = GoToStart();
+    double position = start;
     ProgressSteps steps(progress);
     if (!steps.Tell(0)) return kCancelled;
-    while (position < settings.playEnd && voices.RenderFrom(bank) == kOk) {
+    while (position < settings.playEnd && voices.RenderFrom(bank, settings.lock) == kOk) {
         // At least one sample, or the fraction that is left before the end would never be passed.
         const std::int32_t frames = std::clamp(TruncateToI32(settings.playEnd - position), 1, blockSize);
         for (const auto& output : outputs)

@@ -38,6 +38,7 @@
 
 namespace sonorelle {
 
+class CCriticalSection;
 class CChoirDriver;
 class CVoiceBank;
 
@@ -54,6 +55,8 @@ struct AudioExportSettings {
     // follows the host's tempo, else 1. The bank's speed is the inverse of it. Held to 0.01 to 100; what is
     // not a number counts as 1.
     double tempoRatio = 1;
+    // Held for each block that is rendered, where other threads set the voices meanwhile; may be null.
+    CCriticalSection* lock = nullptr;
 };
 
 // One of the files of a pass.
@@ -93,6 +96,7 @@ private:
     class Output;
     class VoiceBuffers;
 
+    double GoToStart();
     std::int32_t Render(const std::vector<std::unique_ptr<Output>>& outputs, const Progress& progress);
 
     CVoiceBank& bank;

@@ -82,6 +82,11 @@ public:
     bool Undo() noexcept;
     bool Redo() noexcept;
 
+    // How many snapshots there may be. Raised by one while the present state joins a full list for the time
+    // of a save or a load; lowering it removes none.
+    void SetSnapshotLimit(std::int32_t limit) noexcept { snapshotLimit_ = limit; }
+    std::int32_t GetSnapshotLimit() const noexcept { return snapshotLimit_; }
+
     // Keeps the present state under `name`. False at the limit; nothing is added then, and the name is lost.
     bool AddSnapshot(std::string name) noexcept;
     // Puts the present state in the place of an older one; the name stays.

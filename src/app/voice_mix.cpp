@@ -35,6 +35,37 @@ float FadeAndAdd(float* __restrict voice, const float* __restrict curve, float g
     return std::bit_cast<float>(largest);
 }
 
+// The gain of one side over a block: `start` and what is added with each sample.
+struct GainLine {
+    float start = 0;
+    float step = 0;
+};
+
+GainLine LineOfGain(const VoiceMixInput& voices, const VoiceMixBlock& block, std::size_t voice,
+                    std::int32_t side) {
+    const StripGain& now = voices.gains[voice];
+    const StripGain& before = voices.gainsBefore[voice];
+    const float end = side == 0 ? now.left : now.right;
+    const float begin = side == 0 ? before.left : before.right;
+    if (block.length < 1 || begin == end) return {end, 0};
+    const float step = (end - begin) / static_cast<float>(block.length);
+    return {begin + step, step}; // so that the last sample has the new gain
+}
+
+// FadeAndAdd with a gain that moves; `from`: the index of the first sample in the block that it moves over.
+float FadeAndAddMoving(float* __restrict voice, const float* __restrict curve, GainLine line,
+                       std::int32_t from, float* __restrict out, std::int32_t count) {
+    float largest = 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const float faded = voice[i] * curve[i];
+        const float x = faded * (line.start + line.step * static_cast<float>(from + i));
+        voice[i] = faded;
+        out[i] += x;
+        largest = std::max(largest, x * x >= 0 ? x * x : 0.0F);
+    }
+    return largest;
+}
+
 void RaiseTo(std::atomic<float>& held, float value) {
     if (value > held.load(std::memory_order_relaxed)) held.store(value, std::memory_order_relaxed);
 }
@@ -61,11 +92,13 @@ void CVoiceMix::MixChunk(const VoiceMixInput& voices, const VoiceMixBlock& block
         const auto v = static_cast<std::size_t>(voice);
         if (!voices.enabled[v]) continue;
         float* const* const buffer = voices.buffers[v];
-        const std::array<float, kSides> gains = {voices.gains[v].left, voices.gains[v].right};
         for (std::int32_t side = 0; side < kSides; ++side) {
-            const auto s = static_cast<std::size_t>(side);
-            Measure(meters[v][s], FadeAndAdd(buffer[side % voices.channels] + from, curve, gains[s],
-                                             block.outputs[side] + to, count));
+            const GainLine line = LineOfGain(voices, block, v, side);
+            float* const source = buffer[side % voices.channels] + from;
+            float* const target = block.outputs[side] + to;
+            Measure(voice, side,
+                    line.step == 0 ? FadeAndAdd(source, curve, line.start, target, count)
+                                   : FadeAndAddMoving(source, curve, line, from, target, count));
         }
         if (block.singleVoiceOutput) CopyVoice(voices, voice, block, offset, count);
     }
@@ -80,9 +113,34 @@ void CVoiceMix::CopyVoice(const VoiceMixInput& voices, std::int32_t voice, const
                     block.outputs[output] + block.to + offset);
 }
 
+void CVoiceMix::MixInterleaved(const VoiceMixInput& voices, StripGain master, float* interleaved,
+                               std::int32_t count) {
+    std::fill_n(interleaved, kSides * count, 0.0F);
+    for (std::int32_t voice = 0; voice < kVoices; ++voice) {
+        const auto v = static_cast<std::size_t>(voice);
+        if (!voices.enabled[v]) continue;
+        for (std::int32_t side = 0; side < kSides; ++side) {
+            const float* const source = voices.buffers[v][side % voices.channels];
+            const float gain = side == 0 ? voices.gains[v].left : voices.gains[v].right;
+            float largest = 0;
+            for (std::int32_t i = 0; i < count; ++i) {
+                const float x = source[i] * gain;
+                interleaved[kSides * i + side] += x;
+                largest = std::max(largest, x * x >= 0 ? x * x : 0.0F);
+            }
+            Measure(voice, side, largest);
+        }
+    }
+    for (std::int32_t i = 0; i < count; ++i) {
+        interleaved[kSides * i] *= master.left;
+        interleaved[kSides * i + 1] *= master.right;
+    }
+}
+
 // A square reaches 1 exactly when the sample reaches full scale: the largest f32 below 1 has a square
 // below 1.
-void CVoiceMix::Measure(Meter& meter, float squaredPeak) {
+void CVoiceMix::Measure(std::int32_t voice, std::int32_t side, float squaredPeak) {
+    Meter& meter = meters[static_cast<std::size_t>(voice)][static_cast<std::size_t>(side)];
     if (squaredPeak >= 1) clipped.store(true, std::memory_order_relaxed);
     RaiseTo(meter.blockPeak, std::min(squaredPeak, kHighestPeak));
     RaiseTo(meter.peak, meter.blockPeak.load(std::memory_order_relaxed));

@@ -41,6 +41,9 @@ struct VoiceMixInput {
     std::array<float* const*, kVoices> buffers{}; // [voice][channel], faded in place; not null if enabled
     std::int32_t channels = 2;                    // of each voice, 1 or 2
     std::array<StripGain, kVoices> gains{};
+    // Of the block before: the gains move from there in a straight line (VoiceMixBlock::length), since a step
+    // would click.
+    std::array<StripGain, kVoices> gainsBefore{};
     std::array<bool, kVoices> enabled{}; // as the bank rendered them (IsVoiceEnabled); a voice that is not
                                          // adds nothing, and its buffer is not touched
 };
@@ -52,7 +55,9 @@ struct VoiceMixBlock {
     std::int32_t from = 0;           // index into the voices' buffers
     std::int32_t to = 0;             // index into the outputs
     std::int32_t count = 0;          // samples
-    bool singleVoiceOutput = false;  // the voices' own outputs are written too
+    // Samples of the voices' whole block, over which the gains move; 0: they stand as they are.
+    std::int32_t length = 0;
+    bool singleVoiceOutput = false; // the voices' own outputs are written too
 };
 
 class CVoiceMix {
@@ -70,6 +75,11 @@ public:
     // Adds the voices to outputs 0 and 1 and overwrites the voices' own. Without an enabled voice nothing
     // happens, and the fade waits.
     void Mix(const VoiceMixInput& voices, const VoiceMixBlock& block);
+
+    // The same into stereo pairs of samples, `count` of them from the start of the voices' buffers, without
+    // the fade; `master` is a gain for each side of the sum. What was there is overwritten.
+    void MixInterleaved(const VoiceMixInput& voices, StripGain master, float* interleaved,
+                        std::int32_t count);
 
     // --- Meters: squared peaks; `voice` 0 to 3, `side` 0 or 1; 0 for another one ---
 
@@ -89,7 +99,7 @@ private:
                   std::int32_t count);
     static void CopyVoice(const VoiceMixInput& voices, std::int32_t voice, const VoiceMixBlock& block,
                           std::int32_t offset, std::int32_t count);
-    void Measure(Meter& meter, float squaredPeak);
+    void Measure(std::int32_t voice, std::int32_t side, float squaredPeak);
 
     CFade fade;
     std::array<std::array<Meter, kSides>, kVoices> meters;

@@ -8,25 +8,72 @@
 //
 // Recursive, because a thread that holds a lock while it loads may be called back by its own timers and enter
 // it again.
+//
+// Locks that one thread holds together have ranks. A debug build ends the program, with a message, where a
+// thread begins to wait for a lock of a lower rank than one that it holds: two threads that did so crosswise
+// would stand still for ever. Elsewhere ranks cost nothing.
 
 #pragma once
 
 #include <mutex>
+#ifndef NDEBUG
+#include <atomic>
+#include <cstdint>
+#include <thread>
+#endif
 
 namespace sonorelle {
 
+// From the outermost lock to the innermost. Those without a rank are not watched.
+enum class LockRank { kNone, kInterface, kFile, kAudio };
+
 class CCriticalSection {
 public:
+    explicit CCriticalSection([[maybe_unused]] LockRank lockRank = LockRank::kNone)
+#ifndef NDEBUG
+        : rank_(lockRank)
+#endif
+    {
+    }
+
     // Waits until the calling thread holds the lock. Each entering needs its own leaving.
-    void EnterCriticalSection() { mutex_.lock(); }
+    void EnterCriticalSection() {
+        CheckOrder();
+        mutex_.lock();
+        CountEntered();
+    }
 
     // True when the calling thread holds the lock now (once more, if it held it before); never waits.
-    bool TryEnterCriticalSection() noexcept { return mutex_.try_lock(); }
+    bool TryEnterCriticalSection() noexcept {
+        const bool entered = mutex_.try_lock();
+        if (entered) CountEntered();
+        return entered;
+    }
 
     // Only by the thread that holds the lock.
-    void LeaveCriticalSection() noexcept { mutex_.unlock(); }
+    void LeaveCriticalSection() noexcept {
+        CountLeft();
+        mutex_.unlock();
+    }
+
+#ifdef NDEBUG
+    void CheckOrder() const noexcept {} // the calling thread is about to wait for the lock
+#else
+    void CheckOrder() const noexcept;
+#endif
 
 private:
+#ifdef NDEBUG
+    void CountEntered() noexcept {}
+    void CountLeft() noexcept {}
+#else
+    void CountEntered() noexcept;
+    void CountLeft() noexcept;
+
+    const LockRank rank_;
+    std::int32_t depth_ = 0; // of the thread that holds it
+    std::atomic<std::thread::id> holder_{};
+#endif
     std::recursive_mutex mutex_;
 };
 

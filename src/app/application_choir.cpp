@@ -1,0 +1,386 @@
+// The harmony's panels, the ways in which the choir is run, and what undo, redo and recall bring back.
+//
+// The panels' values are loaded into the driver and its voices made anew; what comes of it goes to bank, view
+// and panels. Three styles of that: intelligent (chords are found first), parallel (intervals by hand), and
+// all others. In Edit nothing is run, since the user moves single notes; in the two live modes the driver
+// runs in the intelligent style, and keys choose its harmony.
+
+#include "app/application.h"
+
+#include "app/snapshot_store.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace sonorelle {
+
+namespace {
+
+using namespace ConsortierClassic;
+
+constexpr std::int32_t kVoicesForChordTips = 3; // two voices are no chord
+constexpr float kNoteHeight = 1;                // semitones
+
+// The shorter of the ways from one root to another: at most six semitones, up or down.
+std::int32_t ShortestShift(std::int32_t fromRoot, std::int32_t toRoot) {
+    std::int32_t shift = toRoot - fromRoot;
+    if (std::abs(shift - kSemitonesInOctave) < std::abs(shift)) shift -= kSemitonesInOctave;
+    if (std::abs(shift + kSemitonesInOctave) < std::abs(shift)) shift += kSemitonesInOctave;
+    return shift;
+}
+
+} // namespace
+
+void CkvovirelaineApp::OnChoirSettingsChanged() { ChoirChanged(false); }
+void CkvovirelaineApp::OnMelodyPropertiesChanged() { ChoirChanged(true); }
+
+void CkvovirelaineApp::ChoirChanged(bool byMelody) {
+    if (!HasAudio()) return;
+    const std::int32_t mode = choirPanel.GetMode();
+    melodyChanged = false;
+    if (!updating) {
+        melodyChanged = byMelody;
+        if (melodyPanel.GetTempo() != GetMelodyTempo() && GetMelodyTempo() != kUnknownTempo) {
+            SetMelodyTempo(melodyPanel.GetTempo());
+            return;
+        }
+        if (melodyChanged) {
+            choirPanel.SetScale(melodyPanel.GetScale());
+            choirPanel.SetRoot(melodyPanel.GetRoot());
+        }
+        TakeTransposeFromPanels();
+        snapshotPanel.SetEnabled(true);
+        EnterMode(mode);
+        PushUndo();
+        {
+            const SpinGuard guard(wiring.audioLock);
+            bank.AllNotesOff();
+        }
+        wiring.toolkit.RequestRedraw();
+    }
+    lastMode = mode;
+}
+
+// A root on the choir's panel moves the whole arrangement, while the driver keeps working in the melody's
+// key.
+void CkvovirelaineApp::TakeTransposeFromPanels() {
+    const SpinGuard guard(wiring.audioLock);
+    transpose = static_cast<float>(ShortestShift(melodyPanel.GetRoot(), choirPanel.GetRoot()));
+}
+
+void CkvovirelaineApp::EnterMode(std::int32_t mode) {
+    ShowMode(mode);
+    switch (mode) {
+    case kModeIntelligent:
+        RunIntelligent();
+        break;
+    case kModeParallel:
+        RunManual();
+        break;
+    case kModeEdit:
+    case kModeEdit + 1:
+        ShowVoices();
+        break;
+    case kModeHarmonies:
+        EnterLiveHarmonies();
+        break;
+    case kModePitches:
+        EnterLivePitches();
+        break;
+    default:
+        RunMixed(mode);
+        break;
+    }
+    ShowVoiceCount();
+    if (mode != kModeIntelligent && !IsLiveMode(mode))
+        view.SetChordTips(driver.VoiceCount() >= kVoicesForChordTips);
+}
+
+// What the view and the panels let the user do in a mode.
+void CkvovirelaineApp::ShowMode(std::int32_t mode) {
+    const bool live = IsLiveMode(mode);
+    const bool edit = PageOfMode(mode) == ChoirPage::kEdit;
+    if (!live) {
+        const SpinGuard guard(wiring.audioLock);
+        driver.StartLive(false, false);
+        driver.SetRecordLive(false);
+    }
+    choirPanel.SetLiveControlsActive(live);
+    view.SetNoteEdit(edit);
+    view.SetChordEdit(mode == kModeIntelligent);
+    view.SetChordTips(false);
+    view.SetBackground(live   ? PitchViewBackground::kLive
+                       : edit ? PitchViewBackground::kEdit
+                              : PitchViewBackground::kNormal);
+    melodyPanel.SetActive(!live && !edit);
+    snapshotPanel.SetEnabled(!live);
+}
+
+// The three ways of running the choir.
+
+void CkvovirelaineApp::LoadDriverFromPanels() {
+    driver.SetArrangement(choirPanel.GetDriverStyle().arrangement);
+    driver.SetRoot(melodyPanel.GetRoot());
+    driver.SetMelodyScale(melodyPanel.GetScale());
+    driver.SetSnapToScale(choirPanel.GetSnapToScale());
+    driver.SetMapScale(choirPanel.GetSnapToScale());
+    driver.SetHarmonyScale(choirPanel.GetScale());
+}
+
+void CkvovirelaineApp::RunIntelligent() {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        driver.SetManualOnly(false);
+        driver.SetStyle(kStyleIntelligent);
+        const bool anew = choirPanel.GetChordsChanged();
+        driver.SetChordsDirty(anew || melodyChanged || chordsDirty);
+        melodyChanged = false;
+        chordsDirty = false;
+        view.SetRebuild(true);
+        driver.SetAutoKey(false);
+        LoadDriverFromPanels();
+        driver.SetSpread(choirPanel.GetVoiceRange());
+        driver.SetVoiceRange(choirPanel.GetVoiceArrangement());
+        driver.Run();
+        driver.SetChordsDirty(false);
+    }
+    FinishRun();
+}
+
+void CkvovirelaineApp::RunManual() {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        driver.SetManualOnly(true);
+        driver.SetStyle(kStyleParallel);
+        LoadDriverFromPanels();
+        for (std::int32_t voice = 0; voice < kVoices; ++voice)
+            driver.SetManualInterval(voice, IntervalAtListPosition(choirPanel.GetInterval(voice)));
+        driver.Run();
+    }
+    FinishRun();
+}
+
+void CkvovirelaineApp::RunMixed(std::int32_t mode) {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        driver.SetManualOnly(false);
+        driver.SetStyle(mode == kModeBlock         ? kStyleBlock
+                        : mode == kModeFauxbourdon ? kStyleFauxbourdon
+                        : mode == kModeOrganum     ? kStyleOrganum
+                        : mode == kModeHarmonies   ? kStyleIntelligent
+                                                   : mode);
+        LoadDriverFromPanels();
+        driver.Run();
+    }
+    FinishRun();
+}
+
+void CkvovirelaineApp::RunByMode() {
+    switch (const std::int32_t mode = choirPanel.GetMode()) {
+    case kModeIntelligent:
+        chordsDirty = true;
+        RunIntelligent();
+        break;
+    case kModeParallel:
+        RunManual();
+        break;
+    case kModeEdit:
+    case kModeEdit + 1:
+    case kModeHarmonies:
+    case kModePitches:
+        ShowVoices();
+        break;
+    default:
+        RunMixed(mode);
+        break;
+    }
+}
+
+void CkvovirelaineApp::FinishRun() {
+    PassTranspose();
+    if (GetMelodyTempo() != kUnknownTempo) SetMelodyTempo(melodyPanel.GetTempo());
+    ShowScale();
+    ShowVoices();
+    view.SetRebuild(false);
+}
+
+void CkvovirelaineApp::PassTranspose() {
+    const SpinGuard guard(wiring.audioLock);
+    bank.SetTranspose(transpose);
+    view.SetTransposeShift(transpose);
+}
+
+// Live.
+
+// A take that is being recorded while the melody plays is not disturbed by a new run.
+void CkvovirelaineApp::EnterLiveHarmonies() {
+    const SpinGuard guard(wiring.audioLock);
+    choirPanel.SetMode(kModeIntelligent);
+    const std::int32_t voices = driver.VoiceCount();
+    const std::int32_t arrangement = voices == kVoices               ? kFourVoices
+                                     : voices == kVoicesForChordTips ? kThreeVoices
+                                                                     : kTwoVoices;
+    const bool busy = (driver.GetRecordLive() || choirPanel.IsRecording()) && IsPlaying();
+    driver.SetManualOnly(false);
+    driver.SetStyle(kStyleIntelligent);
+    driver.SetArrangement(arrangement);
+    choirPanel.SetDriverStyle(kStyleIntelligent, arrangement);
+    choirPanel.SetMode(kModeHarmonies);
+    driver.StartLive(true, true);
+    driver.SetRecordLive(choirPanel.IsRecording());
+    if (busy) return;
+    driver.Run();
+    ShowVoices();
+}
+
+void CkvovirelaineApp::EnterLivePitches() {
+    const SpinGuard guard(wiring.audioLock);
+    const bool busy = (driver.GetRecordLive() || choirPanel.IsRecording()) && IsPlaying();
+    if (driver.GetStyle() != kStyleIntelligent || driver.VoiceCount() != kVoices) {
+        choirPanel.SetMode(kModeIntelligent);
+        choirPanel.SetStyle(0);
+        driver.SetManualOnly(false);
+        driver.SetStyle(kStyleIntelligent);
+        driver.SetArrangement(kFourVoices);
+        driver.Run();
+    }
+    choirPanel.SetMode(kModePitches);
+    driver.StartLive(true, false);
+    driver.SetRecordLive(choirPanel.IsRecording());
+    if (!busy) ShowVoices();
+}
+
+// What is shown.
+
+void CkvovirelaineApp::ShowScale() {
+    std::array<std::int32_t, CkvoPitchView::kMostScaleTones> tones{};
+    std::size_t count = 0;
+    const SpinGuard guard(wiring.audioLock);
+    for (std::int32_t pitchClass = 0; pitchClass < kSemitonesInOctave && count < tones.size(); ++pitchClass)
+        if (driver.IsInScale(pitchClass)) tones[count++] = pitchClass;
+    view.SetScale({tones.data(), count}, driver.GetRoot());
+}
+
+void CkvovirelaineApp::ShowVoices() {
+    const SpinGuard guard(wiring.audioLock);
+    const std::int32_t count = driver.GetNoteCount();
+    if (view.GetVoiceCount() != driver.VoiceCount() || view.GetNoteCount() != count)
+        view.Resize(driver.VoiceCount(), count);
+    for (std::int32_t note = 0; note < count; ++note) ShowNote(note);
+    wiring.toolkit.RequestRedraw();
+}
+
+void CkvovirelaineApp::ShowNote(std::int32_t note) {
+    const SpinGuard guard(wiring.audioLock);
+    const auto start = static_cast<float>(driver.GetNoteStart(note));
+    const auto length = static_cast<float>(driver.GetNoteLength(note));
+    for (std::int32_t voice = 0; voice < driver.VoiceCount(); ++voice) {
+        float deviation = 0;
+        float gain = 1;
+        const std::int32_t pitch = driver.GetVoice(note, voice, deviation, gain, false);
+        view.SetNote(note, voice, start, static_cast<float>(pitch), deviation, gain, length, kNoteHeight,
+                     note);
+    }
+    const ChordRecord chord = driver.GetChord(note);
+    view.SetChord(note, chord.root, TypeOf(chord));
+}
+
+void CkvovirelaineApp::ShowVoiceCount() {
+    voicePanel.SetVisibleVoices(driver.VoiceCount());
+    ShowAudibleVoices();
+}
+
+void CkvovirelaineApp::ReloadPanels() {
+    updating = true;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        melodyPanel.SetRoot(driver.GetRoot());
+        melodyPanel.SetScale(driver.GetMelodyScale());
+        if (melodyTempo != kUnknownTempo) melodyPanel.SetTempo(melodyTempo);
+        const auto shift = static_cast<std::int32_t>(transpose);
+        choirPanel.SetRoot(PitchClass(driver.GetRoot() + shift));
+        choirPanel.SetScale(driver.GetHarmonyScale());
+        choirPanel.SetSnapToScale(driver.GetSnapToScale());
+        choirPanel.SetDriverStyle(driver.GetStyle(), driver.GetArrangement());
+        choirPanel.SetVoiceArrangement(driver.GetVoiceRange());
+        choirPanel.SetVoiceRange(driver.GetSpread());
+        for (std::int32_t voice = 0; voice < kVoices; ++voice)
+            choirPanel.SetInterval(voice, ListPositionOfInterval(driver.GetManualInterval(voice)));
+    }
+    ShowScale();
+    ShowVoices();
+    updating = false;
+}
+
+// Undo.
+
+void CkvovirelaineApp::RefreshFromStore() {
+    if (!HasAudio()) return;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        driver.RefreshFromStore();
+        choirPanel.ReadModeFromStore();
+        driver.StartLive(false, false);
+        driver.SetRecordLive(false);
+    }
+    const std::int32_t mode = choirPanel.GetMode();
+    voicePanel.Refresh();
+    snapshotPanel.SetEnabled(true);
+    PassTranspose();
+    PassSpeed();
+    PassTempoGrid();
+    ShowMode(mode);
+    ReloadPanels();
+    if (IsLiveMode(mode)) {
+        ReturnToLive(mode);
+    } else if (PageOfMode(mode) == ChoirPage::kEdit) {
+        view.SetChordTips(driver.VoiceCount() >= kVoicesForChordTips);
+    }
+    ShowVoiceCount();
+    {
+        const SpinGuard guard(wiring.audioLock);
+        bank.AllNotesOff();
+    }
+    wiring.toolkit.RequestRedraw();
+}
+
+void CkvovirelaineApp::ReturnToLive(std::int32_t mode) {
+    const SpinGuard guard(wiring.audioLock);
+    choirPanel.SetMode(kModeIntelligent);
+    const std::int32_t voices = driver.VoiceCount();
+    driver.SetManualOnly(false);
+    driver.SetStyle(kStyleIntelligent);
+    driver.SetArrangement(voices == kVoices               ? kFourVoices
+                          : voices == kVoicesForChordTips ? kThreeVoices
+                                                          : kTwoVoices);
+    driver.Run();
+    choirPanel.SetMode(mode);
+    driver.StartLive(true, mode == kModeHarmonies);
+    driver.SetRecordLive(choirPanel.IsRecording());
+    ShowVoices();
+}
+
+bool CkvovirelaineApp::Undo() {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        if (!wiring.store.Undo()) return false;
+    }
+    RefreshFromStore();
+    return true;
+}
+
+bool CkvovirelaineApp::Redo() {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        if (!wiring.store.Redo()) return false;
+    }
+    RefreshFromStore();
+    return true;
+}
+
+void CkvovirelaineApp::PushUndo() {
+    const SpinGuard guard(wiring.audioLock);
+    wiring.store.PushUndo();
+}
+
+} // namespace sonorelle

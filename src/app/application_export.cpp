@@ -1,0 +1,232 @@
+// What leaves the session: sound and MIDI files of the play region, and what a snapshot carries when it is
+// dragged to a sequencer.
+
+#include "app/application.h"
+
+#include "formats/audio_file.h"
+#include "harmony/styles.h"
+#include "platform/file_system.h"
+#include "platform/result_codes.h"
+#include "platform/saturate.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace sonorelle {
+
+namespace {
+
+using namespace ConsortierClassic;
+
+constexpr std::array<const char*, CkvovirelaineApp::kVoices> kVoiceNames = {"orange voice", "red voice",
+                                                                            "blue voice", "green voice"};
+constexpr const char* kAllVoicesText = "all voices";
+constexpr const char* kChordsText = "chords";
+constexpr const char* kTempMidiName = "~sonorelle.mid";
+
+// What the entries of the menu give: the voice plus one, 0 for all, and MIDI from kMidiIds on.
+constexpr std::int32_t kMidiIds = 16;
+
+struct FileKind {
+    const char* title;
+    const char* filter;
+    const char* extension;
+};
+constexpr FileKind kSoundFile = {"Save as Audio File", "WAV File\t*.wav", ".wav"};
+constexpr FileKind kMidiFile = {"Save as MIDI File", "MIDI File\t*.mid", ".mid"};
+
+PopupItem VoicesSubmenu(const char* text, std::int32_t voiceCount, std::int32_t firstId) {
+    PopupItem submenu{text, PopupItem::kNothing, {{kAllVoicesText, firstId, {}}}};
+    for (std::int32_t voice = 0; voice < voiceCount; ++voice)
+        submenu.children.push_back({kVoiceNames[static_cast<std::size_t>(voice)], firstId + 1 + voice, {}});
+    return submenu;
+}
+
+} // namespace
+
+// By style and arrangement, as the menus have always listed them.
+std::int32_t CkvovirelaineApp::ExportVoiceCount() const { return driver.VoiceCount(); }
+
+PopupMenu CkvovirelaineApp::ExportMenu() const {
+    PopupMenu menu;
+    const SpinGuard guard(wiring.audioLock);
+    const std::int32_t voices = ExportVoiceCount();
+    menu.items.push_back(VoicesSubmenu("Audio", voices, 0));
+    menu.items.push_back(VoicesSubmenu("MIDI", voices, kMidiIds));
+    if (driver.GetStyle() == kStyleIntelligent)
+        menu.items.back().children.push_back({kChordsText, kMidiIds + 1 + voices, {}});
+    return menu;
+}
+
+void CkvovirelaineApp::OpenExportMenu() {
+    if (!HasAudio() || driver.IsLive()) return;
+    const std::int32_t chosen = wiring.toolkit.ChooseFromMenu(ExportMenu());
+    if (chosen < 0) return;
+    const bool isMidi = chosen >= kMidiIds;
+    const FileKind& kind = isMidi ? kMidiFile : kSoundFile;
+    const std::string preset = "Out_" + FileStemPart(wiring.audio->GetPath()) + kind.extension;
+    wiring.toolkit.ActivateMainWindow(false);
+    std::string path = wiring.toolkit.ChooseFileToSave(kind.title, kind.filter, preset);
+    if (!path.empty()) {
+        if (path.find(kind.extension) == std::string::npos) path += kind.extension;
+        TellOfExport(isMidi ? ExportMidi(path, chosen - kMidiIds - 1) : SaveSound(path, chosen - 1));
+    }
+    wiring.toolkit.ActivateMainWindow(true);
+}
+
+// With a progress window, since a long recording takes its time.
+std::int32_t CkvovirelaineApp::SaveSound(const std::string& path, std::int32_t voice) {
+    constexpr double kWholePercent = 100;
+    CkvoToolkit& toolkit = wiring.toolkit;
+    toolkit.OpenProgress();
+    const std::int32_t result = ExportAudio(path, voice, [&toolkit](double share) {
+        toolkit.ShowProgress(TruncateToI32(share * kWholePercent), 0);
+        toolkit.RunEvents();
+        return !toolkit.IsProgressCancelled();
+    });
+    toolkit.CloseProgress();
+    return result;
+}
+
+void CkvovirelaineApp::TellOfExport(std::int32_t result) {
+    if (result != kOk && result != CAudioExport::kCancelled)
+        wiring.toolkit.ShowMessage("Error!", "Could not write file!");
+}
+
+AudioExportSettings CkvovirelaineApp::ExportSettings() const {
+    AudioExportSettings settings;
+    settings.playStart = GetPlayStart();
+    settings.playEnd = GetPlayEnd();
+    for (std::int32_t voice = 0; voice < kVoices; ++voice) {
+        const auto v = static_cast<std::size_t>(voice);
+        settings.gains[v] = voicePanel.GetStripGain(voice);
+        settings.enabled[v] = view.IsVoiceEnabled(voice);
+    }
+    settings.tempoRatio = TempoRatio();
+    settings.lock = &wiring.audioLock;
+    return settings;
+}
+
+std::int32_t CkvovirelaineApp::ExportAudio(const std::string& path, std::int32_t voice,
+                                           const CAudioExport::Progress& progress) {
+    const AudioExportFile file{path, voice};
+    return ExportAudioFiles({&file, 1}, progress);
+}
+
+// While `exporting` is up, the audio thread leaves the bank alone. Playback goes on afterwards where it was.
+std::int32_t CkvovirelaineApp::ExportAudioFiles(std::span<const AudioExportFile> files,
+                                                const CAudioExport::Progress& progress,
+                                                std::vector<std::int64_t>* limited) {
+    if (!HasAudio()) return kBadArgument;
+    const SpinGuard exportGuard(exportLock);
+    double offset = 0;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        exporting.store(true, std::memory_order_relaxed);
+        EndMidi();
+        offset = auditioning.load(std::memory_order_relaxed) && !IsPlaying()
+                     ? savedOffset
+                     : position.load(std::memory_order_relaxed) - GetPlayStart();
+        shownPosition = -1;
+    }
+    CAudioExport exporter(bank, driver, ExportSettings());
+    const std::int32_t result = exporter.ExportFiles(files, progress);
+    if (limited != nullptr) {
+        limited->clear();
+        for (std::size_t i = 0; i < files.size(); ++i) limited->push_back(exporter.GetLimitedFrames(i));
+    }
+    const SpinGuard guard(wiring.audioLock);
+    bank.ClearVoices();
+    SetPosition(TruncateToI32(offset));
+    exporting.store(false, std::memory_order_relaxed);
+    return result;
+}
+
+MidiExportSettings CkvovirelaineApp::MidiSettings() const {
+    MidiExportSettings settings;
+    settings.playStart = GetPlayStart();
+    settings.playEnd = GetPlayEnd();
+    settings.sampleRate = analyzer.GetSampleRate();
+    settings.hostTempo = GetHostTempo();
+    settings.melodyTempo = GetMelodyTempo();
+    settings.syncTempoToHost = IsSyncingTempo();
+    settings.transpose = transpose;
+    settings.timeSigNumerator = GetTimeSigNumerator();
+    settings.timeSigDenominator = GetTimeSigDenominator();
+    return settings;
+}
+
+std::int32_t CkvovirelaineApp::ExportMidi(const std::string& path, std::int32_t voice) {
+    if (!HasAudio()) return kBadArgument;
+    std::int32_t result = kOk;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        result = CMidiExport(driver, MidiSettings()).ExportMidi(path, voice);
+    }
+    PutOnSelection(path, result);
+    return result;
+}
+
+std::int32_t CkvovirelaineApp::ExportTriggerMidi(const std::string& path) {
+    if (!HasAudio()) return kBadArgument;
+    std::int32_t result = kOk;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        result = CMidiExport(driver, MidiSettings())
+                     .ExportTriggerMidi(path, triggerNote.load(std::memory_order_relaxed));
+    }
+    PutOnSelection(path, result);
+    return result;
+}
+
+void CkvovirelaineApp::PutOnSelection(const std::string& path, std::int32_t result) {
+    if (result == kOk) {
+        wiring.toolkit.SetSelection(path);
+    } else {
+        wiring.toolkit.ClearSelection();
+    }
+}
+
+// A snapshot was recalled, by index or by the mouse, or is being dragged out.
+void CkvovirelaineApp::OnSnapshotDragged() {
+    if (!HasAudio()) return;
+    if (snapshotPanel.GetSelected() >= 0 && !snapshotPanel.IsShiftHeld()) {
+        TakeRecalledRegion();
+        ShowPlayRegion();
+        RefreshFromStore();
+    }
+    if (snapshotPanel.GetRecalled() != CkvovirelaineSnapshots::kByMouse || !snapshotPanel.IsShiftHeld())
+        return;
+    const std::string path = MakeTempMidiPath();
+    if (path.empty()) {
+        wiring.toolkit.ClearSelection();
+    } else if (snapshotPanel.IsCtrlHeld()) {
+        ExportTriggerMidi(path);
+    } else {
+        ExportMidi(path, CMidiExport::kAllVoices);
+    }
+}
+
+// The file that a drag carries stands in a folder of this process and instance, so that two never overwrite
+// each other's. It is made with the first drag, and goes with the application.
+std::string CkvovirelaineApp::MakeTempMidiPath() {
+    if (!tempMidiFolder.empty()) return tempMidiPath;
+    std::string pattern = JoinPath(TemporaryFolder(), "sonorelle-" + std::to_string(getpid()) + "-XXXXXX");
+    if (mkdtemp(pattern.data()) == nullptr) return {};
+    tempMidiFolder = pattern;
+    tempMidiPath = JoinPath(tempMidiFolder, kTempMidiName);
+    return tempMidiPath;
+}
+
+void CkvovirelaineApp::RemoveTempMidi() {
+    if (tempMidiFolder.empty()) return;
+    std::error_code ignored;
+    std::filesystem::remove_all(tempMidiFolder, ignored);
+}
+
+} // namespace sonorelle

@@ -1,0 +1,7 @@
+#include "app/sub_application.h"
+
+namespace sonorelle {
+
+void CkvoSubApplicationBase::ReleaseStateBuffer() { std::string().swap(stateBuffer); }
+
+} // namespace sonorelle
