@@ -56,8 +56,9 @@ void CkvovirelaineApp::PassTempoGrid() {
                       GetTimeSigDenominator());
 }
 
+// The panel takes its offset off again, when the user sets a marker there.
 void CkvovirelaineApp::ShowHostPosition(double hostSample) {
-    playbackPanel.SetHostPosition(MelodyFromHost(hostSample), hostSample);
+    playbackPanel.SetHostPosition(MelodyFromHost(hostSample) + GetMasterPlaybackStart(), hostSample);
 }
 
 std::int32_t CkvovirelaineApp::GetPosition() const {

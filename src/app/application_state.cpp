@@ -60,6 +60,23 @@ std::string LastNameOf(const std::string& path) {
     return name.substr(name.rfind('\\') + 1);
 }
 
+SavedVoice WithoutDrift(SavedVoice voice) {
+    voice.drift.reset();
+    return voice;
+}
+
+// A document has the mixer's drift only in the preset that was the present one of the save, which is the
+// mixer in everything else. Any other preset tells nothing of it.
+void TakeDriftFromPreset(SavedState& state, std::int32_t present) {
+    if (present < 0 || static_cast<std::size_t>(present) >= state.presets.size()) return;
+    const SavedVoices& preset = state.presets[static_cast<std::size_t>(present)].voices;
+    const bool isMixer = std::equal(preset.begin(), preset.end(), state.mixer.begin(),
+                                    [](const auto& inPreset, const auto& inMixer) {
+                                        return WithoutDrift(inPreset) == inMixer; // none of its own
+                                    });
+    if (isMixer) state.mixer = preset;
+}
+
 template<typename Value>
 void TakeIfThere(std::atomic<Value>& field, const std::optional<Value>& saved) {
     if (saved) field.store(*saved, std::memory_order_relaxed);
@@ -188,7 +205,7 @@ std::int32_t CkvovirelaineApp::LoadState(const void* data, std::int32_t size, bo
     if (!path || OpenForState(*path, openFile) != kOk) return kCannotOpen;
     if (Run() != kOk) return kRunFailed;
 
-    const SavedState saved = ReadState(document, wiring.store.GetVersion(), driver.GetAnalysedNoteCount());
+    SavedState saved = ReadState(document, wiring.store.GetVersion(), driver.GetAnalysedNoteCount());
     RestoreFileSettings(saved.fileSettings);
     if (saved.snapshots || saved.stop != SavedState::Stop::kNone) ForgetSnapshots();
     if (saved.stop != SavedState::Stop::kNone) {
@@ -196,6 +213,7 @@ std::int32_t CkvovirelaineApp::LoadState(const void* data, std::int32_t size, bo
                                                                      : StateRefusal::kOtherAnalysis;
         return kOk;
     }
+    TakeDriftFromPreset(saved, GetCurrentPreset());
     const bool endsWithPresentState = saved.snapshots && RestoreSnapshots(*saved.snapshots);
     RestoreMixer(saved.mixer);
     RestorePresets(saved.presets);

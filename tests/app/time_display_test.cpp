@@ -77,6 +77,7 @@ TEST(ParseTime, WithAColonItIsMinutesAndSeconds) {
     EXPECT_EQ(EnteredSeconds("2:"), 120);
     EXPECT_EQ(EnteredSeconds("2:x"), 120);
     EXPECT_EQ(EnteredSeconds("2x:30"), 120) << "the colon must follow the minutes";
+    EXPECT_EQ(EnteredSeconds("2x30:"), 120);
     EXPECT_EQ(EnteredSeconds("2:-5"), 120);
     EXPECT_EQ(EnteredSeconds("2: 5"), 125);
 }
