@@ -66,6 +66,7 @@ run dsp_tools_bench --benchmark_min_time=0.1
 run harmony_bench --benchmark_min_time=0.1
 run choir_driver_bench --benchmark_min_time=0.1
 run snapshot_bench --benchmark_min_time=0.1
+run state_document_bench --benchmark_min_time=0.1
 run voice_bank_bench --benchmark_min_time=0.3
 
 # medians FILE: "name counter value" for each counter of each median; k, M, m and u behind a number are undone.
@@ -181,6 +182,8 @@ microseconds "$results/harmony_bench.txt" . 0
 microseconds "$results/choir_driver_bench.txt" . 25000
 microseconds "$results/snapshot_bench.txt" '^RecallSnapshot/500$' 50
 microseconds "$results/snapshot_bench.txt" '^(PlainCopy|PushUndo|UndoAndRedo|Register)' 0
+microseconds "$results/state_document_bench.txt" '^WriteDocument/500/32$' 50000
+microseconds "$results/state_document_bench.txt" '^ReadDocument/500/32$' 300000
 
 echo
 echo "Four voices in blocks of 64 at 44.1 kHz, CPU time in per cent of the music's, and single blocks in microseconds"

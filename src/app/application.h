@@ -201,7 +201,11 @@ public:
     void OnPlaybackChanged();
     void OnVoiceSettingsChanged();
     void OnTuningChanged();
-    bool Undo(); // false when there is nothing to undo
+    // Semitones by which everything sounds above the melody's key, octaves included; the panels' roots tell
+    // less, and whatever changes on them brings it back to what they tell. One undo step if it differs.
+    void SetTranspose(float semitones);
+    float GetTranspose() const; // takes AudioLock
+    bool Undo();                // false when there is nothing to undo
     bool Redo();
     void PushUndo();
 

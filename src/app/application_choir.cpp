@@ -10,6 +10,7 @@
 #include "app/snapshot_store.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace sonorelle {
@@ -66,6 +67,22 @@ void CkvovirelaineApp::ChoirChanged(bool byMelody) {
 void CkvovirelaineApp::TakeTransposeFromPanels() {
     const SpinGuard guard(wiring.audioLock);
     transpose = static_cast<float>(ShortestShift(melodyPanel.GetRoot(), choirPanel.GetRoot()));
+}
+
+float CkvovirelaineApp::GetTranspose() const {
+    const SpinGuard guard(wiring.audioLock);
+    return transpose;
+}
+
+void CkvovirelaineApp::SetTranspose(float semitones) {
+    if (!HasAudio() || !std::isfinite(semitones) || semitones == GetTranspose()) return;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        transpose = semitones;
+    }
+    PassTranspose();
+    ReloadPanels();
+    PushUndo();
 }
 
 void CkvovirelaineApp::EnterMode(std::int32_t mode) {

@@ -11,7 +11,9 @@
 #include "platform/result_codes.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <span>
+#include <utility>
 
 namespace sonorelle {
 
@@ -52,6 +54,27 @@ SavedSnapshot Saved(const CSnapshotStore& store, const CkvovirelaineSnapshots& p
     saved.sizes.emplace(static_cast<std::size_t>(store.GetSizeCount(index)));
     store.GetSizes(index, *saved.sizes);
     return saved;
+}
+
+// A snapshot from before notes were cut is shorter than the elements of today. It is written as a load would
+// lay it out, with zeros where there was nothing yet, so that what is restored and saved again stays the same
+// to the byte. `sizes`: of the elements of today.
+void LayOutForToday(SavedSnapshot& saved, const CSnapshotStore& store,
+                    const std::vector<std::int32_t>& sizes) {
+    if (!saved.sizes || *saved.sizes == sizes || saved.sizes->size() > sizes.size()) return;
+    std::vector<std::byte> data;
+    auto from = saved.data.begin();
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        const SnapshotElement* const element = store.GetElement(static_cast<std::int32_t>(i));
+        if (element == nullptr || !element->active) continue;
+        const std::ptrdiff_t then = i < saved.sizes->size() ? (*saved.sizes)[i] : 0;
+        if (then > sizes[i] || then > saved.data.end() - from) return;
+        data.insert(data.end(), from, from + then);
+        data.resize(data.size() + static_cast<std::size_t>(sizes[i] - then));
+        from += then;
+    }
+    saved.data = std::move(data);
+    saved.sizes = sizes;
 }
 
 // A project may have come from a machine that writes its paths with the other slash.
@@ -175,6 +198,9 @@ SavedSnapshots CkvovirelaineApp::PresentSnapshots() const {
     snapshots.selectedSnapshot = snapshotPanel.GetSelected();
     for (std::int32_t i = 0; i < wiring.store.GetSnapshotCount(); ++i)
         snapshots.records.push_back(Saved(wiring.store, snapshotPanel, i));
+    if (snapshots.records.empty()) return snapshots;
+    const std::vector<std::int32_t> sizes = *snapshots.records.back().sizes; // the present state
+    for (SavedSnapshot& record : snapshots.records) LayOutForToday(record, wiring.store, sizes);
     return snapshots;
 }
 

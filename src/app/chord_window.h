@@ -16,10 +16,6 @@
 
 namespace sonorelle {
 
-// "%d:%02d.%03d": minutes, seconds, milliseconds (rounded down) of a sample; "-" in front before 0. A rate
-// that is not above 0 counts as 44100.
-std::string FormatSampleTime(double sample, float sampleRate);
-
 // "%d.%d.%d": bar, beat and tick; the first bar and beat are 1, the first tick is 0.
 std::string FormatBeatPosition(const BeatPosition& position);
 
@@ -37,7 +33,8 @@ struct CkvoChordDisplayWin {
     std::int32_t y = 0;
 
     void ShowChord(std::string_view chordName) { text = FormatChordTip(chordName); }
-    void ShowTime(double sample, float sampleRate) { text = FormatSampleTime(sample, sampleRate); }
+    // "0:01.500", at `sampleRate` (above 0) in Hz; with the bar in a line below.
+    void ShowTime(double sample, float sampleRate);
     void ShowTimeAndBeat(double sample, float sampleRate, const BeatPosition& position);
 };
 

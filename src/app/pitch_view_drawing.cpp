@@ -3,6 +3,7 @@
 #include "app/pitch_view_drawing.h"
 
 #include "app/pitch_view.h"
+#include "app/time_display.h"
 #include "dsp/finite.h"
 #include "harmony/pitch_class.h"
 #include "platform/saturate.h"
@@ -191,7 +192,7 @@ std::vector<TimeLineDrawing> CkvoPitchView::DrawSeconds() const {
     const std::int32_t count = std::min(TruncateToI32(last - first), axes.layout.width);
     for (std::int32_t i = 0; i <= count; ++i) {
         const double sample = std::round((first + i) * step);
-        lines.push_back({axes.XFromSample(sample), FormatSampleTime(sample, GetSampleRate())});
+        lines.push_back({axes.XFromSample(sample), FormatTime(sample, GetSampleRate())});
     }
     return lines;
 }

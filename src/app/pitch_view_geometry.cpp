@@ -146,8 +146,7 @@ void PitchViewAxes::ScrollToPitch(double midiTop) {
 }
 
 void PitchViewAxes::WheelPitch(std::int32_t y, std::int32_t wheel) {
-    const double rowsAbove = (double{1} * y - layout.topMargin) / double{PixelsPerSemitone()};
-    const double share = Hold(rowsAbove / (double{topPitch} - double{bottomPitch}), 0, 1);
+    const double share = Hold((double{1} * y - layout.topMargin) / layout.NoteAreaHeight(), 0, 1);
     const double step = -kWheelSemitones * Hold(wheel, -kMostWheelSteps, kMostWheelSteps);
     const double least = double{kLeastSemitones};
     const double top = std::max(double{topPitch} + std::trunc(step * share), double{bottomPitch} + least);

@@ -4,13 +4,14 @@
 #include "cli/arrangement_json.h"
 #include "cli/arrangement_names.h"
 #include "cli/arrangement_picture.h"
+#include "cli/arrangement_setup.h"
 #include "cli/arrangement_sound.h"
 #include "cli/arrangement_summary.h"
 #include "cli/arranger.h"
 #include "cli/console.h"
-#include "cli/heard_recording.h"
 #include "cli/progress_bar.h"
 #include "cli/result_file.h"
+#include "cli/session.h"
 #include "platform/result_codes.h"
 #include "platform/saturate.h"
 
@@ -37,8 +38,7 @@ public:
 
 private:
     Hearing ArrangeFile(std::size_t index);
-    Hearing ArrangeMelody(HeardRecording& recording, const HearingWish& wish, const ArrangementFiles& files,
-                          ResultFile& picture);
+    Hearing ArrangeMelody(CommandLineSession& session, const ArrangementFiles& files, ResultFile& picture);
     bool MakeFolder();
     bool CanWriteResults(const ArrangementFiles& files);
     Hearing WriteSound(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
@@ -78,26 +78,23 @@ int ArrangeRun::Run() {
 Hearing ArrangeRun::ArrangeFile(std::size_t index) {
     if (console_.IsCancelled()) return Hearing::kCancelled;
     const std::string& file = options_.files[index];
-    HeardRecording recording(file);
-    if (!recording.Open(console_) || !MakeFolder()) return Hearing::kFailed;
+    CommandLineSession session(console_, {options_.useCache, !options_.quiet, index, options_.files.size()});
+    if (!IsRecording(file)) return session.Load(file); // which tells why not
+    if (!MakeFolder()) return Hearing::kFailed;
     const ArrangementFiles files(options_.folder, file);
     ResultFile picture(files.picture);
     if (!CanWriteResults(files) || !picture.Open()) return Hearing::kFailed;
-    const HearingWish wish{options_.useCache, !options_.quiet, index, options_.files.size()};
-    const Hearing heard = recording.Hear(wish, console_);
-    return heard == Hearing::kDone ? ArrangeMelody(recording, wish, files, picture) : heard;
+    if (const Hearing heard = session.Load(file); heard != Hearing::kDone) return heard;
+    SetUpArrangement(session, settings_);
+    return ArrangeMelody(session, files, picture);
 }
 
 // The sound comes first, since it takes the time in which the user may cancel: until it is there, nothing is.
-Hearing ArrangeRun::ArrangeMelody(HeardRecording& recording, const HearingWish& wish,
-                                  const ArrangementFiles& files, ResultFile& picture) {
-    Arranger arranger(recording.GetAnalyzer());
-    if (!arranger.Arrange(settings_)) {
-        Fail(options_.files[wish.index], kNoMemory);
-        return Hearing::kFailed;
-    }
-    ArrangementReport report = arranger.Report(recording.Report());
-    const Hearing sung = WriteSound(arranger, report, files, wish);
+Hearing ArrangeRun::ArrangeMelody(CommandLineSession& session, const ArrangementFiles& files,
+                                  ResultFile& picture) {
+    Arranger arranger(session, settings_);
+    ArrangementReport report = arranger.Report();
+    const Hearing sung = WriteSound(arranger, report, files, session.Wish());
     if (sung != Hearing::kDone) return sung;
     if (!WriteNotes(arranger, report, files, picture)) return Hearing::kFailed;
     FindOldFiles(report, files);
@@ -149,10 +146,10 @@ Hearing ArrangeRun::TellOfSound(std::int32_t result, const std::string& mix) {
 bool ArrangeRun::WriteNotes(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
                             ResultFile& picture) {
     picture.Write(DrawArrangement(report, options_.smallPicture));
-    if (!arranger.WriteVoices(report, files.voices)) return Fail(files.voices, kCannotWriteFile);
+    if (!arranger.WriteVoices(files.voices)) return Fail(files.voices, kCannotWriteFile);
     report.files.push_back(files.voices);
     if (report.hasChords) {
-        if (!arranger.WriteChords(report, files.chords)) return Fail(files.chords, kCannotWriteFile);
+        if (!arranger.WriteChords(files.chords)) return Fail(files.chords, kCannotWriteFile);
         report.files.push_back(files.chords);
     }
     if (!picture.Commit()) return Fail(files.picture, kCannotWriteFile);

@@ -1,13 +1,10 @@
-// From a heard melody to its arrangement: sets up the choir, runs it, collects what came of it, and writes
-// the sound and MIDI files.
+// From a session to what `sonorelle arrange` leaves of it: the report, and the sound and MIDI files.
 
 #pragma once
 
 #include "app/audio_export.h"
-#include "app/snapshot_store.h"
 #include "cli/arrangement_report.h"
 #include "cli/arrangement_settings.h"
-#include "harmony/choir_driver.h"
 
 #include <cstdint>
 #include <span>
@@ -15,40 +12,35 @@
 
 namespace sonorelle {
 
-class CMelodyAnalyzer;
+class CkvovirelaineApp;
+class CommandLineSession;
 
 class Arranger {
 public:
-    // The analyzer has finished and outlives this object.
-    explicit Arranger(CMelodyAnalyzer& analyzer) : driver_(analyzer, store_) {}
+    // A recording is loaded. `settings`: what the user asked for, filled in for a session that was restored.
+    // Both are borrowed.
+    Arranger(CommandLineSession& lentSession, const ArrangementSettings& wanted)
+        : session(lentSession), settings(wanted) {}
 
-    // Makes the voices of all notes. Called once. False when memory ran out.
-    bool Arrange(const ArrangementSettings& settings);
+    // As the session stands now.
+    ArrangementReport Report();
 
-    // After Arrange. `melody`: the report of the same analysis.
-    ArrangementReport Report(MelodyReport melody);
-
-    // The region of the report as sound, as RenderSound. The recording of the analyzer is open.
-    // The report learns how much of the first file was cut off at full scale.
+    // The play region into all files in one pass; gives what CAudioExport does. The report learns how much
+    // of the first file was cut off at full scale.
     std::int32_t WriteSound(ArrangementReport& report, std::span<const AudioExportFile> files,
                             const CAudioExport::Progress& progress);
 
-    // The region of the report as MIDI files: all voices, each on a channel of its own, and the chords. False
-    // when the file could not be written; an old one is then untouched.
-    bool WriteVoices(const ArrangementReport& report, const std::string& path);
-    bool WriteChords(const ArrangementReport& report, const std::string& path);
+    // The play region as MIDI files: all voices, each on a channel of its own, and the chords. False when the
+    // file could not be written; an old one is then untouched.
+    bool WriteVoices(const std::string& path);
+    bool WriteChords(const std::string& path);
 
 private:
-    bool TakeKeyFromMelody();
-    bool ApplySettings();
-    bool SetStyle();
-    UsedSettings SettingsUsed(const MelodyReport& melody) const;
-    void TakeSound(UsedSettings& used, const MelodyReport& melody) const;
-    bool Write(const ArrangementReport& report, const std::string& path, std::int32_t voice);
+    UsedSettings SettingsUsed(CkvovirelaineApp& app, const MelodyReport& melody) const;
+    bool WriteMidi(const std::string& path, bool chords);
 
-    ArrangementSettings settings_;
-    CSnapshotStore store_; // keeps addresses in the driver, and goes after it
-    CChoirDriver driver_;
+    CommandLineSession& session;
+    const ArrangementSettings& settings;
 };
 
 } // namespace sonorelle

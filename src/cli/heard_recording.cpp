@@ -13,7 +13,6 @@ namespace sonorelle {
 
 namespace {
 
-constexpr const char* kCannotLoad = "Could not load audio file!";
 constexpr const char* kTooManyChannels = "Only mono and stereo audio files are supported!";
 constexpr const char* kRateTooLow = "Samplerate below 11kHz not supported!";
 constexpr const char* kCannotAnalyse = "Could not analyse this file!";
@@ -47,6 +46,10 @@ std::optional<CacheUse> CacheUseOf(AnalysisOutcome outcome) {
 
 } // namespace
 
+const char* WhyNotAnalysed(float sampleRate) {
+    return sampleRate >= kRateLimit ? kRateTooHigh : kCannotAnalyse;
+}
+
 std::string ProgressLabel(const char* step, const HearingWish& wish) {
     std::string label = step;
     if (wish.count > 1)
@@ -63,10 +66,10 @@ HeardRecording::HeardRecording(std::string file)
 bool HeardRecording::Open(const Console& console) {
     const char* reason = nullptr;
     if (audio_.OpenRead(file_, kAudioCacheFrames, -1, -1) != kOk) {
-        reason = kCannotLoad;
+        reason = kCannotLoadText;
     } else {
         reason = WhyRefused(audio_);
-        if (reason == nullptr && analyzer_.Attach(&audio_) != kOk) reason = kCannotLoad;
+        if (reason == nullptr && analyzer_.Attach(&audio_) != kOk) reason = kCannotLoadText;
     }
     if (reason != nullptr) console.Complain(file_, reason);
     return reason == nullptr;
@@ -83,7 +86,7 @@ Hearing HeardRecording::Hear(const HearingWish& wish, const Console& console) {
     if (outcome == AnalysisOutcome::kCancelled) return Hearing::kCancelled;
     const std::optional<CacheUse> cache = CacheUseOf(outcome);
     if (!cache) {
-        console.Complain(file_, audio_.GetSampleRate() >= kRateLimit ? kRateTooHigh : kCannotAnalyse);
+        console.Complain(file_, WhyNotAnalysed(audio_.GetSampleRate()));
         return Hearing::kFailed;
     }
     cache_ = *cache;

@@ -19,6 +19,10 @@ struct Console;
 inline constexpr const char* kCannotWriteFile = "Could not write file!";
 // What it says of the recording that was in work when the user cancelled.
 inline constexpr const char* kCancelledText = "Cancelled.";
+// And of one that cannot be opened.
+inline constexpr const char* kCannotLoadText = "Could not load audio file!";
+// Of one that opens, but whose analysis comes to nothing.
+const char* WhyNotAnalysed(float sampleRate);
 
 enum class Hearing { kDone, kFailed, kCancelled };
 

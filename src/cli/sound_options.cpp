@@ -20,7 +20,7 @@ std::string ReadPreset(const ArrangeOptions& options, SoundSettings& sound) {
     const std::optional<std::int32_t> preset = FindPreset(*options.preset);
     if (!preset) return WrongOption("--preset", *options.preset, PresetChoices());
     sound.preset = *preset;
-    sound.voices = StripsOfPreset(*preset);
+    sound.voices = sound.presets[static_cast<std::size_t>(*preset)];
     return "";
 }
 

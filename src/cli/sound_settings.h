@@ -4,6 +4,7 @@
 
 #include "cli/voice_strip.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -17,6 +18,9 @@ struct SoundSettings {
     static constexpr double kFastestSpeed = 20;   // beyond, grains of low voices outrun what is read for them
 
     std::int32_t preset = kDefaultPreset;
+    // What the presets are, by number: a session may have changed them.
+    std::array<VoiceStrips, kPresetCount> presets = {StripsOfPreset(kDefaultPreset),
+                                                     StripsOfPreset(kFlatPreset)};
     VoiceStrips voices = StripsOfPreset(kDefaultPreset); // solo on at most one
     std::optional<float> tuning;                         // Hz of A4; none: the singer's own
     float speed = 1;                                     // times as fast as the recording

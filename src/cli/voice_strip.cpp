@@ -96,9 +96,11 @@ std::string StripChanges(const VoiceStrip& strip, const VoiceStrip& usual) {
 }
 
 VoiceStrips StripsOfPreset(std::int32_t preset) {
+    return StripsOfSettings(FactoryPresets()[static_cast<std::size_t>(preset)].voices);
+}
+
+VoiceStrips StripsOfSettings(const VoiceSettingsOfAll& voices) {
     VoiceStrips strips;
-    const auto presets = FactoryPresets();
-    const VoiceSettingsOfAll& voices = presets[static_cast<std::size_t>(preset)].voices;
     std::transform(voices.begin(), voices.end(), strips.begin(), StripOfSettings);
     return strips;
 }

@@ -51,7 +51,8 @@ using VoiceStrips = std::array<VoiceStrip, kPresetVoices>;
 // The strips of kDefaultPreset or kFlatPreset.
 VoiceStrips StripsOfPreset(std::int32_t preset);
 
-// In the units of the voice bank.
+// Of settings in the units of the voice bank, and the other way round.
+VoiceStrips StripsOfSettings(const VoiceSettingsOfAll& voices);
 VoiceSettings SettingsOfStrip(const VoiceStrip& strip);
 VoiceSettingsOfAll SettingsOfStrips(const VoiceStrips& strips);
 

@@ -277,6 +277,18 @@ TEST(StateDocumentSnapshots, LongDataOlderThanSizeListsComesBack) {
     EXPECT_EQ(ReadSaved(WriteState(state)), state);
 }
 
+// The room that long data has is its own: everywhere else a text of this length is too long, whatever stands
+// before it.
+TEST(StateDocumentSnapshots, TheRoomForLongDataEndsWithIt) {
+    SavedState state = SavedStateSample();
+    state.snapshots->records[1].data = test::CountingBytes(60'000);
+    state.presets[1].name = std::string(40'000, 'n');
+    const SavedState read = ReadSaved(WriteState(state));
+    EXPECT_EQ(read.snapshots, state.snapshots);
+    EXPECT_EQ(read.presets[0], state.presets[0]);
+    EXPECT_EQ(read.presets[1].name, std::nullopt);
+}
+
 TEST(StateDocumentSnapshots, AFullListAndThePresentStateBehindItComeBack) {
     SavedState state = SavedStateSample();
     state.snapshots->records.clear();
