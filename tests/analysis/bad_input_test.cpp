@@ -7,6 +7,7 @@
 #include "platform/result_codes.h"
 #include "support/analysis_results.h"
 #include "support/note_matching.h"
+#include "support/sanitizer_share.h"
 #include "support/synthetic_singer.h"
 #include "support/temporary_folder.h"
 #include "support/wav_writer.h"
@@ -371,8 +372,9 @@ TEST_F(BadInput, FileReadFromDiskGivesTheResultsOfTheOneHeldInMemory) {
 }
 
 TEST_F(BadInput, TenMinutesAndOneFrameMore) {
-    // Silence, so that the disk holds no more than the header.
-    for (const std::int32_t frames : {kAudioCacheFrames, kAudioCacheFrames + 1}) {
+    // Silence, so that the disk holds no more than the header. Under a sanitizer only what is read from disk.
+    for (const std::int32_t frames : {kAudioCacheFrames + 1, kAudioCacheFrames}) {
+        if (kUnderSanitizer && frames == kAudioCacheFrames) continue;
         SCOPED_TRACE(frames);
         Write(WavHeader({}, 2 * static_cast<std::uint32_t>(frames)));
         std::filesystem::resize_file(path, 44 + 2 * static_cast<std::uintmax_t>(frames));

@@ -36,6 +36,7 @@ struct Score {
     int wrongKeys = 0;
     double flattestCents = 0.0; // of the tuning errors
     double sharpestCents = 0.0; // the same, less what one frame of the period is worth
+    double sharpestOfAll = 0.0; // cents, with it
 };
 
 struct Voice {
@@ -141,6 +142,7 @@ Score ScoreAll(double rate, Consonant consonant) {
             TuningErrorCents(static_cast<double>(found.results.tuningOffset), recording.tuningHertz);
         score.flattestCents = std::min(score.flattestCents, error);
         score.sharpestCents = std::max(score.sharpestCents, error - SharpnessOfOneFrame(recording));
+        score.sharpestOfAll = std::max(score.sharpestOfAll, error);
     }
     return score;
 }
@@ -160,21 +162,14 @@ TEST_P(SungMelodies, AreFoundNoteForNoteWithTheirPitchMarksTuningAndKey) {
     EXPECT_EQ(score.wrongKeys, 0);
     EXPECT_GE(score.flattestCents, -kTuningTolerance);
     EXPECT_LE(score.sharpestCents, kTuningTolerance);
+    // One frame of the period of the highest melody here is worth 3 cents and more below 192 kHz.
+    if (GetParam() == 192'000) {
+        EXPECT_LE(score.sharpestOfAll, kTuningTolerance);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Rates, SungMelodies, testing::Values(22050, 44100, 48000, 96000, 192'000),
                          [](const auto& param) { return std::to_string(param.param); });
-
-TEST(SungMelody, TuningIsFoundWithinThreeCentsWhereTheRateAllowsIt) {
-    // One frame of the period of the highest melody here is worth 3 cents and more below 192 kHz.
-    for (const MelodyNumber& melody : TwelveMelodies()) {
-        const Recording recording = SingNumber(melody, 192'000.0, Consonant::kPlosive);
-        const Analysed found = Analyse(recording);
-        EXPECT_NEAR(TuningErrorCents(static_cast<double>(found.results.tuningOffset), melody.tuningHertz),
-                    0.0, kTuningTolerance)
-            << melody.voice.name;
-    }
-}
 
 TEST(SungMelody, LowRatesBreakUpSomeNotesButKeepMarksAndKey) {
     // Seen: F 0.97 and 0.90, curve 0.990 and 0.948, tuning up to 14 cents off at 11025 Hz.

@@ -263,7 +263,7 @@ class RandomFrameLists : public testing::TestWithParam<ListSize> {};
 TEST_P(RandomFrameLists, AgreeWithThePlainModel) {
     static constexpr float kRates[] = {44100.0F, 48000.0F, 11025.0F, 8000.0F, 96000.0F};
     Activity activity;
-    for (std::uint64_t seed = 1; seed <= test::SanitizerShare<std::uint64_t>(GetParam().lists); ++seed) {
+    for (std::uint64_t seed = 1; seed <= test::SanitizerShare<std::uint64_t>(GetParam().lists, 8); ++seed) {
         SCOPED_TRACE("generator " + std::to_string(seed));
         const float rate = kRates[seed % 5];
         const std::vector<AnalysisFrame> frames = RandomFrames(seed, rate).Make(GetParam().frames);

@@ -23,7 +23,7 @@ namespace {
 using Channels = std::vector<std::vector<float>>;
 
 constexpr float kRates[] = {8000.0F, 11025.0F, 22050.0F, 44100.0F, 48000.0F, 96000.0F, 192000.0F};
-constexpr double kLengthShare = test::kUnderSanitizer ? 0.5 : 1.0; // of what is walked slowly
+constexpr double kLengthShare = test::kUnderSanitizer ? 0.3 : 1.0; // of what is walked slowly
 constexpr std::int32_t kBlockSizes[] = {2048, 1024, 512, 300, 64, 0, -1};
 
 // How a signal is cut into blocks: evenly, or at random with the same cuts each time.
@@ -180,9 +180,9 @@ TEST(CPSOLAAnalysis, MarksOfSingingAreThoseOfTheSlowWalk) {
             totals.passedOver += one.passedOver;
         }
     }
-    EXPECT_GT(totals.marks, test::SanitizerShare(20000));
-    EXPECT_GT(totals.snaps, test::SanitizerShare(500)) << "marks moved by the waveform were among them";
-    EXPECT_GT(totals.passedOver, test::SanitizerShare(500)) << "so were periods too short for a mark";
+    EXPECT_GT(totals.marks, test::SanitizerShare(20000, 8));
+    EXPECT_GT(totals.snaps, test::SanitizerShare(500, 8)) << "marks moved by the waveform were among them";
+    EXPECT_GT(totals.passedOver, test::SanitizerShare(500, 8)) << "so were periods too short for a mark";
     EXPECT_LT(totals.ties * 200, totals.marks) << "few searches are a matter of rounding";
 }
 
@@ -196,7 +196,8 @@ TEST(CPSOLAAnalysis, MarksOfNoiseAreThoseOfTheSlowWalk) {
 
 TEST(CPSOLAAnalysis, MarksOfSilenceAreThoseOfTheSlowWalk) {
     for (const float rate : kRates) {
-        CompareEverywhere({std::vector<float>(static_cast<std::size_t>(rate / 2.0F), 0.0F)}, rate, "silence");
+        const double samples = static_cast<double>(rate) * 0.5 * kLengthShare;
+        CompareEverywhere({std::vector<float>(static_cast<std::size_t>(samples), 0.0F)}, rate, "silence");
     }
 }
 

@@ -125,7 +125,7 @@ TEST(CPTAnalysis, DecidesAsTheSlowModelOnSinging) {
     int round = 0;
     for (const int lowest : {38, 48, 60, 72}) {
         for (const std::uint64_t melody : {1U, 2U}) {
-            if (!test::InSanitizerShare(round++, 3)) continue;
+            if (!test::InSanitizerShare(round++, 5)) continue;
             auto settings = SingerAtTheTrackersRate();
             settings.seed = melody;
             settings.breath = melody == 2 ? 0.15 : 0.01;

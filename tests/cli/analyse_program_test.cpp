@@ -1,4 +1,5 @@
 // The whole program, from the outside: recordings in, output and exit codes out.
+#include "cli/json_value.h"
 #include "cli/program_runner.h"
 #include "cli/xml_check.h"
 #include "support/synthetic_singer.h"
@@ -6,7 +7,6 @@
 #include "support/wav_writer.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <cmath>
@@ -20,6 +20,7 @@ namespace sonorelle {
 namespace {
 
 using test::CountOf;
+using test::JsonValue;
 using test::ProgramResult;
 using test::RunProgram;
 using test::RunProgramWith;
@@ -130,13 +131,13 @@ TEST_F(AnalyseProgram, JsonIsOneObjectALine) {
     EXPECT_EQ(result.exitCode, 0) << result.err;
     const std::vector<std::string> lines = Lines(result.out);
     ASSERT_EQ(lines.size(), 2U);
-    const nlohmann::json a = nlohmann::json::parse(lines[0]);
+    const JsonValue a = JsonValue::Parse(lines[0]);
     EXPECT_EQ(a["file"], "a.wav");
-    EXPECT_EQ(nlohmann::json::parse(lines[1])["file"], "b.wav");
+    EXPECT_EQ(JsonValue::Parse(lines[1])["file"], "b.wav");
     EXPECT_EQ(a["sampleRate"], 44100);
     EXPECT_EQ(a["channels"], 1);
     EXPECT_EQ(a["cache"], "written");
-    EXPECT_GT(a["markCount"], 100);
+    EXPECT_GT(a["markCount"].get<int>(), 100);
     EXPECT_NEAR(a["tuningHz"].get<double>(), 440, 2); // sung in tune
     ASSERT_EQ(a["notes"].size(), 3U);
     EXPECT_NEAR(a["notes"][0]["pitch"].get<double>(), 60, 0.5);
@@ -145,10 +146,11 @@ TEST_F(AnalyseProgram, JsonIsOneObjectALine) {
               a["notes"][0]["end"].get<int>() - a["notes"][0]["start"].get<int>());
     EXPECT_LT(a["notes"][2]["end"].get<int>(), a["frames"].get<int>());
 
-    nlohmann::json again = nlohmann::json::parse(Lines(Analyse({"a.wav", "--json"}).out).at(0));
-    EXPECT_EQ(again["cache"], "loaded");
-    again["cache"] = "written";
-    EXPECT_EQ(again, a);
+    std::string again = Lines(Analyse({"a.wav", "--json"}).out).at(0);
+    const std::size_t cache = again.find("\"loaded\"");
+    ASSERT_NE(cache, std::string::npos) << again;
+    again.replace(cache, 8, "\"written\"");
+    EXPECT_EQ(again, lines[0]);
 }
 
 TEST_F(AnalyseProgram, CsvIsOneLineAMark) {
@@ -157,8 +159,7 @@ TEST_F(AnalyseProgram, CsvIsOneLineAMark) {
     const ProgramResult one = Analyse({"--csv", "a.wav"});
     EXPECT_EQ(one.exitCode, 0) << one.err;
     const std::vector<std::string> lines = Lines(one.out);
-    const auto marks =
-        nlohmann::json::parse(Analyse({"--json", "a.wav"}).out)["markCount"].get<std::size_t>();
+    const auto marks = JsonValue::Parse(Analyse({"--json", "a.wav"}).out)["markCount"].get<std::size_t>();
     ASSERT_EQ(lines.size(), marks + 1);
     EXPECT_EQ(lines[0], "seconds,pitch,voiced,level,period,salience");
     EXPECT_EQ(lines[1].rfind("0.000000,", 0), 0U) << lines[1];
@@ -196,7 +197,7 @@ TEST_F(AnalyseProgram, OneRunGivesEverything) {
         Analyse({"song.wav", "--picture", "song.svg", "--json-file", "song.json", "--csv-file", "song.csv"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(result.out.find("Cache     written"), std::string::npos);
-    EXPECT_EQ(nlohmann::json::parse(ReadFile(folder_.File("song.json")))["notes"].size(), 3U);
+    EXPECT_EQ(JsonValue::Parse(ReadFile(folder_.File("song.json")))["notes"].size(), 3U);
     EXPECT_EQ(ReadFile(folder_.File("song.csv")).rfind("seconds,", 0), 0U);
     const std::string svg = ReadFile(folder_.File("song.svg"));
     EXPECT_EQ(XmlFault(svg), "");
@@ -251,7 +252,7 @@ TEST_F(AnalyseProgram, TakesFileNamesOfAnyBytes) {
         const ProgramResult result = Analyse({"--json", name});
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(Lines(result.out).size(), 1U);
-        EXPECT_FALSE(nlohmann::json::parse(result.out)["file"].get<std::string>().empty());
+        EXPECT_FALSE(JsonValue::Parse(result.out)["file"].get<std::string>().empty());
         EXPECT_EQ(result.out.find('\x1b'), std::string::npos);
         EXPECT_TRUE(Exists(name + ".kva")) << name;
     }

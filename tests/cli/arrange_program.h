@@ -2,6 +2,7 @@
 // and readers of its results.
 #pragma once
 
+#include "cli/json_value.h"
 #include "cli/program_runner.h"
 #include "formats/midi_reader.h"
 #include "support/synthetic_singer.h"
@@ -9,7 +10,6 @@
 #include "support/wav_writer.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <array>
 #include <cstdint>
@@ -68,11 +68,11 @@ protected:
         return RunProgramWith(arguments, folder_.Path().string());
     }
     // The object of the first line that the program prints.
-    nlohmann::json ArrangeToJson(std::vector<std::string> arguments) {
+    JsonValue ArrangeToJson(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), {"song.wav", "--json", "--no-cache"});
         const ProgramResult result = Arrange(arguments);
         EXPECT_EQ(result.exitCode, 0) << result.err;
-        return nlohmann::json::parse(result.out.substr(0, result.out.find('\n')));
+        return JsonValue::Parse(result.out.substr(0, result.out.find('\n')));
     }
     std::set<std::string> FilesIn(const std::string& name) const {
         std::set<std::string> names;

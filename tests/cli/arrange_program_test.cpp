@@ -5,12 +5,12 @@
 #include "cli/program_runner.h"
 #include "cli/xml_check.h"
 #include "support/melodies.h"
+#include "support/sanitizer_share.h"
 #include "support/synthetic_singer.h"
 #include "support/wav_writer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -23,6 +23,7 @@ namespace {
 
 using test::ArrangeProgram;
 using test::CountOf;
+using test::JsonValue;
 using test::NotesByChannel;
 using test::ProgramResult;
 using test::ReadFile;
@@ -68,7 +69,7 @@ TEST_F(ArrangeProgram, WritesIntoTheCurrentFolderByDefault) {
 
 TEST_F(ArrangeProgram, JsonTellsSettingsAndEveryNote) {
     Sing("song.wav");
-    const nlohmann::json json = ArrangeToJson({"-o", "out"});
+    const JsonValue json = ArrangeToJson({"-o", "out"});
     EXPECT_EQ(json["file"], "song.wav");
     EXPECT_EQ(json["cache"], "none");
     EXPECT_EQ(json["key"], 0);
@@ -87,7 +88,7 @@ TEST_F(ArrangeProgram, JsonTellsSettingsAndEveryNote) {
     ASSERT_EQ(json["notes"].size(), 7U);
     const auto midi = NotesByChannel(ReadFile(folder_.File("out/Out_song.mid")));
     for (std::size_t i = 0; i < 7; ++i) {
-        const nlohmann::json& note = json["notes"][i];
+        const JsonValue note = json["notes"][i];
         for (const char* field : {"pitch", "level", "length", "start", "end", "firstFrame", "lastFrame"})
             EXPECT_TRUE(note[field].is_number()) << field;
         EXPECT_EQ(note["chord"]["noteCount"], 3);
@@ -108,11 +109,12 @@ TEST_F(ArrangeProgram, EveryStyleAndArrangementGivesItsVoices) {
     const std::array<int, 8> arrangementCounts = {1, 1, 1, 9, 4, 7, 1, 1};
     for (int style = 0; style < 8; ++style) {
         for (int arrangement = 0; arrangement < arrangementCounts.at(style); ++arrangement) {
+            if (!test::InSanitizerShare(arrangement, 3)) continue;
             const std::string out = "out" + std::to_string(style) + "_" + std::to_string(arrangement);
             std::vector<std::string> arguments = {"--style", std::to_string(style), "-o", out};
             if (arrangementCounts.at(style) > 1)
                 arguments.insert(arguments.end(), {"--arrangement", std::to_string(arrangement)});
-            const nlohmann::json json = ArrangeToJson(arguments);
+            const JsonValue json = ArrangeToJson(arguments);
             const int voices = style == 5 && arrangement == 6 ? 3 : voiceCounts.at(style);
             EXPECT_EQ(json["voiceCount"], voices) << out;
             EXPECT_EQ(json["settings"]["listPosition"], style);
@@ -131,26 +133,26 @@ TEST_F(ArrangeProgram, EveryStyleAndArrangementGivesItsVoices) {
 
 TEST_F(ArrangeProgram, ManualIntervalsMoveAlongTheScale) {
     Sing("song.wav");
-    const nlohmann::json json = ArrangeToJson({"--style", "parallel manual 4", "--intervals",
-                                               "-7,down third,prime,+2", "--root", "c", "--scale", "major"});
+    const JsonValue json = ArrangeToJson({"--style", "parallel manual 4", "--intervals",
+                                          "-7,down third,prime,+2", "--root", "c", "--scale", "major"});
     EXPECT_THAT(json["notes"][0]["voices"].get<std::vector<int>>(), ElementsAre(48, 57, 60, 64)); // on C
     EXPECT_THAT(json["notes"][2]["voices"].get<std::vector<int>>(), ElementsAre(55, 64, 67, 71)); // on G
 }
 
 TEST_F(ArrangeProgram, KeyAndScalesCanBeChosen) {
     Sing("song.wav");
-    const nlohmann::json json = ArrangeToJson(
+    const JsonValue json = ArrangeToJson(
         {"--root", "Eb", "--scale", "AEOLIC minor", "--style", "organum", "--arrangement", "octave above"});
     EXPECT_EQ(json["key"], 0); // what was found stays told
     EXPECT_EQ(json["settings"]["root"], 3);
     EXPECT_EQ(json["settings"]["scale"], 5);
     EXPECT_EQ(json["settings"]["harmonyScale"], 5); // follows
     const std::set<int> scale = {3, 5, 6, 8, 10, 11, 1};
-    for (const nlohmann::json& note : json["notes"])
+    for (const JsonValue& note : json["notes"])
         EXPECT_EQ(scale.count(note["voices"][0].get<int>() % 12), 1U) << note["voices"];
     EXPECT_EQ(ArrangeToJson({"--harmony-scale", "7"})["settings"]["harmonyScale"], 7);
 
-    const nlohmann::json free = ArrangeToJson(
+    const JsonValue free = ArrangeToJson(
         {"--root", "Eb", "--scale", "major", "--snap", "off", "--style", "organum", "--arrangement", "4"});
     EXPECT_EQ(free["settings"]["snap"], false);
     EXPECT_EQ(free["notes"][0]["voices"][0], 60);
@@ -159,9 +161,9 @@ TEST_F(ArrangeProgram, KeyAndScalesCanBeChosen) {
 
 TEST_F(ArrangeProgram, ChordsAreThoseOfTheChosenKey) {
     Sing("song.wav");
-    const nlohmann::json json = ArrangeToJson({"--root", "Eb", "--scale", "aeolic minor"});
+    const JsonValue json = ArrangeToJson({"--root", "Eb", "--scale", "aeolic minor"});
     const std::set<int> scale = {3, 5, 6, 8, 10, 11, 1};
-    for (const nlohmann::json& note : json["notes"])
+    for (const JsonValue& note : json["notes"])
         EXPECT_EQ(scale.count(note["chord"]["root"].get<int>()), 1U) << note["chord"];
 }
 
@@ -178,7 +180,7 @@ TEST_F(ArrangeProgram, WithoutSnapTheMelodyIsNotCarriedOverToAnotherScaleEither)
 TEST_F(ArrangeProgram, RangeTellsHowManyVoicesLieAbove) {
     Sing("song.wav");
     for (const int range : {0, 1, 2, 3}) {
-        const nlohmann::json json = ArrangeToJson({"--range", std::to_string(range)});
+        const JsonValue json = ArrangeToJson({"--range", std::to_string(range)});
         const auto voices = json["notes"][3]["voices"].get<std::vector<int>>();
         EXPECT_EQ(std::count_if(voices.begin() + 1, voices.end(), [&](int v) { return v > voices[0]; }),
                   range)
@@ -188,8 +190,8 @@ TEST_F(ArrangeProgram, RangeTellsHowManyVoicesLieAbove) {
 
 TEST_F(ArrangeProgram, TransposeMovesTheFilesAndNotTheJson) {
     Sing("song.wav");
-    const nlohmann::json plain = ArrangeToJson({"-o", "plain"});
-    const nlohmann::json moved = ArrangeToJson({"-o", "moved", "--transpose", "-2"});
+    const JsonValue plain = ArrangeToJson({"-o", "plain"});
+    const JsonValue moved = ArrangeToJson({"-o", "moved", "--transpose", "-2"});
     EXPECT_EQ(plain["notes"][0]["voices"], moved["notes"][0]["voices"]);
     const auto a = NotesByChannel(ReadFile(folder_.File("plain/Out_song.mid")));
     const auto b = NotesByChannel(ReadFile(folder_.File("moved/Out_song.mid")));
@@ -200,12 +202,12 @@ TEST_F(ArrangeProgram, TransposeMovesTheFilesAndNotTheJson) {
 
 TEST_F(ArrangeProgram, RegionAndTempoShapeTheMidiFile) {
     Sing("song.wav");
-    const nlohmann::json json = ArrangeToJson({"--region", "1:3.5", "--tempo", "60"});
+    const JsonValue json = ArrangeToJson({"--region", "1:3.5", "--tempo", "60"});
     const double rate = json["sampleRate"].get<double>();
     EXPECT_EQ(json["settings"]["region"]["start"], static_cast<int>(rate));
     std::size_t inside = 0;
     double firstStart = -1;
-    for (const nlohmann::json& note : json["notes"]) {
+    for (const JsonValue& note : json["notes"]) {
         const double start = note["start"].get<double>() / rate;
         if (start >= 3.5 || note["end"].get<double>() / rate <= 1) continue;
         if (firstStart < 0) firstStart = std::max(start - 1, 0.0);
@@ -260,7 +262,7 @@ TEST_F(ArrangeProgram, SilenceGivesEmptyResults) {
     test::SingerSettings settings;
     ASSERT_TRUE(test::WriteWav(folder_.File("song.wav"), test::Silence(1.0, settings)));
     for (const char* style : {"0", "3", "4", "5", "6"}) {
-        const nlohmann::json json = ArrangeToJson({"--style", style, "-o", "out"});
+        const JsonValue json = ArrangeToJson({"--style", style, "-o", "out"});
         EXPECT_TRUE(json["notes"].empty()) << style;
         EXPECT_EQ(json["settings"]["listPosition"].get<int>(), std::stoi(style));
         EXPECT_TRUE(NotesByChannel(ReadFile(folder_.File("out/Out_song.mid")))[0].empty());
@@ -401,9 +403,9 @@ TEST_F(ArrangeProgram, HarmonyStaysInTheKeyOfTheMelody) {
         const test::Melody melody =
             test::RandomDiatonicMelody({.key = 2, .lowestMidiPitch = 55, .phrases = 2}, seed);
         ASSERT_TRUE(test::WriteWav(folder_.File("song.wav"), test::Sing(melody, test::SingerSettings{})));
-        const nlohmann::json json = ArrangeToJson({"--root", "D", "--scale", "major"});
+        const JsonValue json = ArrangeToJson({"--root", "D", "--scale", "major"});
         const std::set<int> scale = {2, 4, 6, 7, 9, 11, 1};
-        for (const nlohmann::json& note : json["notes"])
+        for (const JsonValue& note : json["notes"])
             for (const int voice : note["voices"].get<std::vector<int>>())
                 EXPECT_EQ(scale.count(voice % 12), 1U) << "seed " << seed << " " << note["voices"];
     }

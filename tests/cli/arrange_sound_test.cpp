@@ -13,6 +13,7 @@ namespace {
 
 using test::Cents;
 using test::FrequencyOf;
+using test::JsonValue;
 using test::ProgramResult;
 using test::ReadFile;
 using test::RunProgram;
@@ -115,15 +116,14 @@ TEST_F(ArrangeSound, TheMixIsTheSameWithAndWithoutStems) {
 
 TEST_F(ArrangeSound, OnlyTheVoicesOfTheStyleHaveStems) {
     SingSoftly();
-    const nlohmann::json json = ArrangeToJson({"--stems", "--style", "organum", "-o", "out"});
+    const JsonValue json = ArrangeToJson({"--stems", "--style", "organum", "-o", "out"});
     EXPECT_EQ(FilesIn("out"),
               (std::set<std::string>{"Out_song.wav", kStems[0], kStems[1], "Out_song.mid", "Out_song.svg"}));
     EXPECT_THAT(json["files"].get<std::vector<std::string>>(),
                 ElementsAre("out/Out_song.wav", "out/Out_song_orange.wav", "out/Out_song_red.wav",
                             "out/Out_song.mid", "out/Out_song.svg"));
     std::vector<bool> heard;
-    for (const nlohmann::json& voice : json["settings"]["voices"])
-        heard.push_back(voice["heard"].get<bool>());
+    for (const JsonValue& voice : json["settings"]["voices"]) heard.push_back(voice["heard"].get<bool>());
     EXPECT_THAT(heard, ElementsAre(true, true, false, false));
 }
 
@@ -253,20 +253,20 @@ TEST_F(ArrangeSound, AVoiceOptionTakesOneWordAndLeavesTheRecordings) {
 
 TEST_F(ArrangeSound, JsonTellsHowItSounds) {
     SingSoftly();
-    const nlohmann::json usual = ArrangeToJson({"-o", "a"})["settings"];
+    const JsonValue usual = ArrangeToJson({"-o", "a"})["settings"];
     EXPECT_EQ(usual["preset"], "default");
     EXPECT_EQ(usual["speed"], 1.0);
     EXPECT_NEAR(Cents(usual["tuning"].get<double>(), 440), 0, 10); // the singer's, from three notes
     EXPECT_EQ(usual["voices"][1]["time"], 18.0);
-    const nlohmann::json json = ArrangeToJson({"-o", "b", "--preset", "flat", "--voice", "red:shape=-3,mute",
-                                               "--tuning", "432", "--speed", "0.75"});
-    const nlohmann::json& settings = json["settings"];
+    const JsonValue json = ArrangeToJson({"-o", "b", "--preset", "flat", "--voice", "red:shape=-3,mute",
+                                          "--tuning", "432", "--speed", "0.75"});
+    const JsonValue settings = json["settings"];
     EXPECT_EQ(settings["preset"], "flat");
     EXPECT_EQ(settings["speed"], 0.75);
     EXPECT_EQ(settings["tuning"], 432.0);
     ASSERT_EQ(settings["voices"].size(), 4U);
     EXPECT_EQ(settings["voices"][1],
-              nlohmann::json::parse(R"({"name":"red","vol":1.0,"pan":0.0,"delay":0.0,"shape":-3.0,"tune":0.0,
+              JsonValue::Parse(R"({"name":"red","vol":1.0,"pan":0.0,"delay":0.0,"shape":-3.0,"tune":0.0,
                                         "drift":100.0,"glide":50.0,"time":0.0,"mute":true,"solo":false,
                                         "heard":false})"));
 }
@@ -279,7 +279,7 @@ TEST_F(ArrangeSound, ResultsOfAnEarlierRunAreLeftAndTold) {
     EXPECT_THAT(result.out, HasSubstr("\n  Left as was  out/Out_song_blue.wav\n"
                                       "               out/Out_song_green.wav\n"));
     EXPECT_EQ(ReadFile(folder_.File("out/Out_song_green.wav")), green);
-    const nlohmann::json json = ArrangeToJson({"-o", "out", "--style", "3", "--stems"});
+    const JsonValue json = ArrangeToJson({"-o", "out", "--style", "3", "--stems"});
     EXPECT_THAT(json["oldFiles"].get<std::vector<std::string>>(), ElementsAre("out/Out_song_chords.mid"));
 }
 

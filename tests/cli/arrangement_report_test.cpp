@@ -3,13 +3,13 @@
 
 #include "cli/arrangement_json.h"
 #include "cli/arrangement_summary.h"
+#include "cli/json_value.h"
 #include "cli/sample_arrangement.h"
 #include "harmony/scales.h"
 #include "harmony/styles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -18,6 +18,7 @@ namespace sonorelle {
 namespace {
 
 using namespace ConsortierClassic;
+using test::JsonValue;
 using test::SampleArrangement;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -77,7 +78,7 @@ TEST(FormatArrangementJson, IsOneLineThatAParserReads) {
     report.notes[0].gains[1] = std::nanf("");
     const std::string text = FormatArrangementJson(report);
     EXPECT_EQ(text.find('\n'), text.size() - 1);
-    const nlohmann::json json = nlohmann::json::parse(text);
+    const JsonValue json = JsonValue::Parse(text);
     EXPECT_EQ(json["file"], report.melody.file);
     EXPECT_EQ(json["settings"]["snap"], false);
     EXPECT_EQ(json["notes"].size(), 3U);

@@ -1,11 +1,11 @@
 #include "cli/report_json.h"
 
+#include "cli/json_value.h"
 #include "cli/json_writer.h"
 #include "cli/note_names.h"
 #include "cli/sample_report.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <bit>
 #include <charconv>
@@ -16,6 +16,7 @@
 namespace sonorelle {
 namespace {
 
+using test::JsonValue;
 using test::SampleReport;
 
 // Finds the text of a number behind `"name":` and reads it as f32.
@@ -41,7 +42,7 @@ TEST(FormatJson, HasExactlyTheseFieldsInThisOrder) {
 TEST(FormatJson, IsOneLineThatAParserReads) {
     const std::string text = FormatJson(SampleReport());
     EXPECT_EQ(text.find('\n'), text.size() - 1);
-    const nlohmann::json json = nlohmann::json::parse(text);
+    const JsonValue json = JsonValue::Parse(text);
     EXPECT_EQ(json.size(), 11U);
     EXPECT_EQ(json["notes"].size(), 3U);
     EXPECT_EQ(json["notes"][2]["start"], 1102500);
@@ -53,7 +54,7 @@ TEST(FormatJson, WithoutNotesOrKey) {
     report.notes.clear();
     report.key = -1;
     report.cache = CacheUse::kNone;
-    const nlohmann::json json = nlohmann::json::parse(FormatJson(report));
+    const JsonValue json = JsonValue::Parse(FormatJson(report));
     EXPECT_TRUE(json["notes"].is_array());
     EXPECT_TRUE(json["notes"].empty());
     EXPECT_EQ(json["key"], -1);
@@ -76,7 +77,7 @@ TEST(FormatJson, FloatsReadBackToTheSameBits) {
         EXPECT_EQ(std::bit_cast<std::uint32_t>(FloatBehind(text, "tuningOffset")),
                   std::bit_cast<std::uint32_t>(value));
         if (i % 100 == 0) { // a parser of doubles, cut to f32, agrees
-            const auto parsed = nlohmann::json::parse(text)["notes"][0]["pitch"].get<float>();
+            const auto parsed = JsonValue::Parse(text)["notes"][0]["pitch"].get<float>();
             EXPECT_EQ(std::bit_cast<std::uint32_t>(parsed), std::bit_cast<std::uint32_t>(value));
         }
     }
@@ -86,7 +87,7 @@ TEST(FormatJson, WhatIsNotFiniteIsNull) {
     MelodyReport report = SampleReport();
     report.tuningOffset = std::nanf("");
     report.notes[0].level = std::numeric_limits<float>::infinity();
-    const nlohmann::json json = nlohmann::json::parse(FormatJson(report));
+    const JsonValue json = JsonValue::Parse(FormatJson(report));
     EXPECT_TRUE(json["tuningOffset"].is_null());
     EXPECT_TRUE(json["notes"][0]["level"].is_null());
 }
@@ -99,14 +100,14 @@ TEST(FormatJson, NamesOfAnyBytesStayOneStringOnOneLine) {
           std::string("a\0b", 3)}) {
         report.file = name;
         const std::string text = FormatJson(report);
-        EXPECT_EQ(nlohmann::json::parse(text)["file"].get<std::string>(), name);
+        EXPECT_EQ(JsonValue::Parse(text)["file"].get<std::string>(), name);
         for (const char c : text.substr(0, text.size() - 1)) {
             EXPECT_GE(static_cast<unsigned char>(c), 0x20);
             EXPECT_NE(c, '\x7f');
         }
     }
     report.file = "caf\xe9.wav";
-    EXPECT_EQ(nlohmann::json::parse(FormatJson(report))["file"].get<std::string>(), "caf\xef\xbf\xbd.wav");
+    EXPECT_EQ(JsonValue::Parse(FormatJson(report))["file"].get<std::string>(), "caf\xef\xbf\xbd.wav");
 }
 
 TEST(JsonWriter, PutsCommasBetweenValuesOnly) {
