@@ -321,12 +321,16 @@ private:
     void EnterLivePitches();
     void ShowMode(std::int32_t mode);
     void LoadDriverFromPanels();
+    bool RunDriver();
     void RunIntelligent();
     void RunManual();
     void RunMixed(std::int32_t mode);
     void RunByMode();
     void FinishRun();
     void PassTranspose();
+    std::int32_t TransposedSteps() const; // whole semitones of `transpose`
+    std::int32_t VoiceCount() const;      // of the arrangement
+    void StartLive(std::int32_t mode);
     void ShowAudibleVoices();
     void PassControl(std::int32_t voice, VoiceControl control);
     void ReloadPanels();
@@ -335,7 +339,8 @@ private:
     void ShowNote(std::int32_t note);
     void ShowVoiceCount();
     void ReturnToLive(std::int32_t mode);
-    void FlushPending(); // what the audio thread has left for the interface
+    void ShowStoredArrangement(); // after the store has written it
+    void FlushPending();          // what the audio thread has left for the interface
 
     // View.
     void ChangeNotePitch(std::int32_t note, std::int32_t voice);
@@ -407,6 +412,7 @@ private:
     std::int32_t channels = 0;
     std::int32_t blockFill = 0;                 // samples of it already delivered
     double blockStart = 0;                      // position of its first sample
+    bool bankAway = false;                      // an export has moved the voices
     double blockSpeed = 1;                      // samples of the recording per sample of it
     std::atomic<std::int32_t> triggerOffset{0}; // samples by which a trigger lies inside the host's block
     std::vector<float> voiceSamples;

@@ -8,6 +8,7 @@
 #include "app/application.h"
 
 #include "app/snapshot_store.h"
+#include "platform/saturate.h"
 
 #include <algorithm>
 #include <cmath>
@@ -109,8 +110,7 @@ void CkvovirelaineApp::EnterMode(std::int32_t mode) {
         break;
     }
     ShowVoiceCount();
-    if (mode != kModeIntelligent && !IsLiveMode(mode))
-        view.SetChordTips(driver.VoiceCount() >= kVoicesForChordTips);
+    if (mode != kModeIntelligent && !IsLiveMode(mode)) view.SetChordTips(VoiceCount() >= kVoicesForChordTips);
 }
 
 // What the view and the panels let the user do in a mode.
@@ -144,6 +144,22 @@ void CkvovirelaineApp::LoadDriverFromPanels() {
     driver.SetHarmonyScale(choirPanel.GetScale());
 }
 
+// The sound goes on in the old voices until the new ones are made. False when a key has recalled a snapshot
+// meanwhile: that is what holds then, and the next poll shows it.
+bool CkvovirelaineApp::RunDriver() {
+    CChoirRun run;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        if (!driver.BeginRun(run)) { // no memory for it: at once, then
+            driver.Run();
+            return true;
+        }
+    }
+    run.Make();
+    const SpinGuard guard(wiring.audioLock);
+    return driver.FinishRun(run);
+}
+
 void CkvovirelaineApp::RunIntelligent() {
     {
         const SpinGuard guard(wiring.audioLock);
@@ -158,7 +174,10 @@ void CkvovirelaineApp::RunIntelligent() {
         LoadDriverFromPanels();
         driver.SetSpread(choirPanel.GetVoiceRange());
         driver.SetVoiceRange(choirPanel.GetVoiceArrangement());
-        driver.Run();
+    }
+    if (!RunDriver()) return;
+    {
+        const SpinGuard guard(wiring.audioLock);
         driver.SetChordsDirty(false);
     }
     FinishRun();
@@ -221,6 +240,13 @@ void CkvovirelaineApp::FinishRun() {
     view.SetRebuild(false);
 }
 
+// What a document brings may be any number.
+std::int32_t CkvovirelaineApp::TransposedSteps() const {
+    const SpinGuard guard(wiring.audioLock);
+    constexpr auto kMost = static_cast<std::int32_t>(CVoiceBank::kLargestTranspose);
+    return std::clamp(TruncateToI32(static_cast<double>(transpose)), -kMost, kMost);
+}
+
 void CkvovirelaineApp::PassTranspose() {
     const SpinGuard guard(wiring.audioLock);
     bank.SetTranspose(transpose);
@@ -231,40 +257,50 @@ void CkvovirelaineApp::PassTranspose() {
 
 // A take that is being recorded while the melody plays is not disturbed by a new run.
 void CkvovirelaineApp::EnterLiveHarmonies() {
-    const SpinGuard guard(wiring.audioLock);
-    choirPanel.SetMode(kModeIntelligent);
-    const std::int32_t voices = driver.VoiceCount();
-    const std::int32_t arrangement = voices == kVoices               ? kFourVoices
-                                     : voices == kVoicesForChordTips ? kThreeVoices
-                                                                     : kTwoVoices;
-    const bool busy = (driver.GetRecordLive() || choirPanel.IsRecording()) && IsPlaying();
-    driver.SetManualOnly(false);
-    driver.SetStyle(kStyleIntelligent);
-    driver.SetArrangement(arrangement);
-    choirPanel.SetDriverStyle(kStyleIntelligent, arrangement);
-    choirPanel.SetMode(kModeHarmonies);
-    driver.StartLive(true, true);
-    driver.SetRecordLive(choirPanel.IsRecording());
-    if (busy) return;
-    driver.Run();
+    {
+        const SpinGuard guard(wiring.audioLock);
+        choirPanel.SetMode(kModeIntelligent);
+        const std::int32_t voices = driver.VoiceCount();
+        const std::int32_t arrangement = voices == kVoices               ? kFourVoices
+                                         : voices == kVoicesForChordTips ? kThreeVoices
+                                                                         : kTwoVoices;
+        const bool busy = (driver.GetRecordLive() || choirPanel.IsRecording()) && IsPlaying();
+        driver.SetManualOnly(false);
+        driver.SetStyle(kStyleIntelligent);
+        driver.SetArrangement(arrangement);
+        choirPanel.SetDriverStyle(kStyleIntelligent, arrangement);
+        StartLive(kModeHarmonies);
+        if (busy) return;
+    }
+    RunDriver();
     ShowVoices();
 }
 
 void CkvovirelaineApp::EnterLivePitches() {
-    const SpinGuard guard(wiring.audioLock);
-    const bool busy = (driver.GetRecordLive() || choirPanel.IsRecording()) && IsPlaying();
-    if (driver.GetStyle() != kStyleIntelligent || driver.VoiceCount() != kVoices) {
-        choirPanel.SetMode(kModeIntelligent);
-        choirPanel.SetStyle(0);
-        driver.SetManualOnly(false);
-        driver.SetStyle(kStyleIntelligent);
-        driver.SetArrangement(kFourVoices);
-        driver.Run();
+    bool busy = false;
+    bool anew = false;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        busy = (driver.GetRecordLive() || choirPanel.IsRecording()) && IsPlaying();
+        anew = driver.GetStyle() != kStyleIntelligent || driver.VoiceCount() != kVoices;
+        if (anew) {
+            choirPanel.SetMode(kModeIntelligent);
+            choirPanel.SetStyle(0);
+            driver.SetManualOnly(false);
+            driver.SetStyle(kStyleIntelligent);
+            driver.SetArrangement(kFourVoices);
+        }
     }
-    choirPanel.SetMode(kModePitches);
-    driver.StartLive(true, false);
-    driver.SetRecordLive(choirPanel.IsRecording());
+    if (anew) RunDriver();
+    StartLive(kModePitches);
     if (!busy) ShowVoices();
+}
+
+void CkvovirelaineApp::StartLive(std::int32_t mode) {
+    const SpinGuard guard(wiring.audioLock);
+    choirPanel.SetMode(mode);
+    driver.StartLive(true, mode == kModeHarmonies);
+    driver.SetRecordLive(choirPanel.IsRecording());
 }
 
 // What is shown.
@@ -302,8 +338,14 @@ void CkvovirelaineApp::ShowNote(std::int32_t note) {
     view.SetChord(note, chord.root, TypeOf(chord));
 }
 
+// A recall by key may change it at any time.
+std::int32_t CkvovirelaineApp::VoiceCount() const {
+    const SpinGuard guard(wiring.audioLock);
+    return driver.VoiceCount();
+}
+
 void CkvovirelaineApp::ShowVoiceCount() {
-    voicePanel.SetVisibleVoices(driver.VoiceCount());
+    voicePanel.SetVisibleVoices(VoiceCount());
     ShowAudibleVoices();
 }
 
@@ -314,7 +356,7 @@ void CkvovirelaineApp::ReloadPanels() {
         melodyPanel.SetRoot(driver.GetRoot());
         melodyPanel.SetScale(driver.GetMelodyScale());
         if (melodyTempo != kUnknownTempo) melodyPanel.SetTempo(melodyTempo);
-        const auto shift = static_cast<std::int32_t>(transpose);
+        const std::int32_t shift = TransposedSteps();
         choirPanel.SetRoot(PitchClass(driver.GetRoot() + shift));
         choirPanel.SetScale(driver.GetHarmonyScale());
         choirPanel.SetSnapToScale(driver.GetSnapToScale());
@@ -333,6 +375,13 @@ void CkvovirelaineApp::ReloadPanels() {
 
 void CkvovirelaineApp::RefreshFromStore() {
     if (!HasAudio()) return;
+    ShowStoredArrangement();
+    const SpinGuard guard(wiring.audioLock);
+    bank.AllNotesOff();
+}
+
+// Without the end of the notes that go out: those of a snapshot that a key has recalled sound already.
+void CkvovirelaineApp::ShowStoredArrangement() {
     {
         const SpinGuard guard(wiring.audioLock);
         driver.RefreshFromStore();
@@ -351,29 +400,25 @@ void CkvovirelaineApp::RefreshFromStore() {
     if (IsLiveMode(mode)) {
         ReturnToLive(mode);
     } else if (PageOfMode(mode) == ChoirPage::kEdit) {
-        view.SetChordTips(driver.VoiceCount() >= kVoicesForChordTips);
+        view.SetChordTips(VoiceCount() >= kVoicesForChordTips);
     }
     ShowVoiceCount();
-    {
-        const SpinGuard guard(wiring.audioLock);
-        bank.AllNotesOff();
-    }
     wiring.toolkit.RequestRedraw();
 }
 
 void CkvovirelaineApp::ReturnToLive(std::int32_t mode) {
-    const SpinGuard guard(wiring.audioLock);
-    choirPanel.SetMode(kModeIntelligent);
-    const std::int32_t voices = driver.VoiceCount();
-    driver.SetManualOnly(false);
-    driver.SetStyle(kStyleIntelligent);
-    driver.SetArrangement(voices == kVoices               ? kFourVoices
-                          : voices == kVoicesForChordTips ? kThreeVoices
-                                                          : kTwoVoices);
-    driver.Run();
-    choirPanel.SetMode(mode);
-    driver.StartLive(true, mode == kModeHarmonies);
-    driver.SetRecordLive(choirPanel.IsRecording());
+    {
+        const SpinGuard guard(wiring.audioLock);
+        choirPanel.SetMode(kModeIntelligent);
+        const std::int32_t voices = driver.VoiceCount();
+        driver.SetManualOnly(false);
+        driver.SetStyle(kStyleIntelligent);
+        driver.SetArrangement(voices == kVoices               ? kFourVoices
+                              : voices == kVoicesForChordTips ? kThreeVoices
+                                                              : kTwoVoices);
+    }
+    RunDriver();
+    StartLive(mode);
     ShowVoices();
 }
 

@@ -50,7 +50,7 @@ PopupItem VoicesSubmenu(const char* text, std::int32_t voiceCount, std::int32_t 
 } // namespace
 
 // By style and arrangement, as the menus have always listed them.
-std::int32_t CkvovirelaineApp::ExportVoiceCount() const { return driver.VoiceCount(); }
+std::int32_t CkvovirelaineApp::ExportVoiceCount() const { return VoiceCount(); }
 
 PopupMenu CkvovirelaineApp::ExportMenu() const {
     PopupMenu menu;
@@ -128,6 +128,7 @@ std::int32_t CkvovirelaineApp::ExportAudioFiles(std::span<const AudioExportFile>
     {
         const SpinGuard guard(wiring.audioLock);
         exporting.store(true, std::memory_order_relaxed);
+        bankAway = true;
         EndMidi();
         offset = auditioning.load(std::memory_order_relaxed) && !IsPlaying()
                      ? savedOffset
@@ -141,9 +142,10 @@ std::int32_t CkvovirelaineApp::ExportAudioFiles(std::span<const AudioExportFile>
         for (std::size_t i = 0; i < files.size(); ++i) limited->push_back(exporter.GetLimitedFrames(i));
     }
     const SpinGuard guard(wiring.audioLock);
-    bank.ClearVoices();
-    SetPosition(TruncateToI32(offset));
     exporting.store(false, std::memory_order_relaxed);
+    bank.ClearVoices();
+    PassSpeed();
+    SetPosition(TruncateToI32(offset));
     return result;
 }
 

@@ -244,8 +244,7 @@ std::int32_t CkvovirelaineApp::ProcessBlock(float* interleaved) {
     StripGain master{1, 1};
     if (!wiring.hosted) master = {voicePanel.GetMasterGain(0), voicePanel.GetMasterGain(1)};
     mix.MixInterleaved(voices, master, interleaved, wiring.blockSize);
-    blockFill = 0;
-    MoveTo(bank.GetPosition());
+    TakeBankPosition();
     return 0;
 }
 

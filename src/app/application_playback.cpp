@@ -47,6 +47,7 @@ double CkvovirelaineApp::MelodyFromHost(double hostSample) const {
 
 void CkvovirelaineApp::PassSpeed() {
     const SpinGuard guard(wiring.audioLock);
+    if (exporting.load(std::memory_order_relaxed)) return; // passed at its end
     bank.SetSpeed(static_cast<float>(1 / TempoRatio()));
 }
 
@@ -96,8 +97,8 @@ void CkvovirelaineApp::Stop() {
 
 void CkvovirelaineApp::StopAt(double frames) {
     const SpinGuard guard(wiring.audioLock);
-    stopPosition.store(position.load(std::memory_order_relaxed) + std::max(frames, kLeastNotice),
-                       std::memory_order_relaxed);
+    const double notice = frames > kLeastNotice && std::isfinite(frames) ? frames : kLeastNotice;
+    stopPosition.store(position.load(std::memory_order_relaxed) + notice, std::memory_order_relaxed);
     mix.Fade().FadeOut();
     liveNote.store(-1, std::memory_order_relaxed);
     stopPending.store(true, std::memory_order_relaxed);
@@ -106,15 +107,17 @@ void CkvovirelaineApp::StopAt(double frames) {
 void CkvovirelaineApp::NextNote() {
     if (!HasAudio()) return;
     const SpinGuard guard(wiring.audioLock);
+    const double before = bank.GetPosition();
     bank.JumpToNextNote();
-    TakeBankPosition();
+    if (bank.GetPosition() != before) TakeBankPosition();
 }
 
 void CkvovirelaineApp::PreviousNote() {
     if (!HasAudio()) return;
     const SpinGuard guard(wiring.audioLock);
+    const double before = bank.GetPosition();
     bank.JumpToPreviousNote();
-    TakeBankPosition();
+    if (bank.GetPosition() != before) TakeBankPosition();
 }
 
 void CkvovirelaineApp::TakeBankPosition() {
@@ -140,13 +143,22 @@ void CkvovirelaineApp::SetPosition(std::int32_t offset) {
 
 // What was rendered for another place is dropped, so that the sound goes on from `target` in the next sample.
 // Before the recording there is silence, of the length that is left to its beginning.
+//
+// Nothing is dropped when playback stands there already: a host that tells of a change where none was is not
+// heard. This is asked here and not of the bank, whose own position runs ahead of what has been delivered by
+// the rest of a block, and at another pace when the melody is stretched.
 void CkvovirelaineApp::GoTo(double target) {
     const SpinGuard guard(wiring.audioLock);
-    double reached = std::max(target, 0.0);
-    leadIn = target < 0 ? TruncateToI32(std::round(-target / TempoRatio())) : 0;
-    blockFill = 0;
-    MoveTo(target);
-    bank.Seek(reached);
+    if (exporting.load(std::memory_order_relaxed)) return; // the bank is the export's
+    const bool isThere = IsPlaying() && !bankAway && position.load(std::memory_order_relaxed) == target;
+    if (!isThere) {
+        double reached = std::max(target, 0.0);
+        leadIn = target < 0 ? TruncateToI32(std::round(-target / TempoRatio())) : 0;
+        blockFill = 0;
+        MoveTo(target);
+        bank.Locate(reached);
+        bankAway = false;
+    }
     if (!auditioning.load(std::memory_order_relaxed)) view.SetPlayPosition(target, IsPlaying());
 }
 
@@ -240,6 +252,7 @@ void CkvovirelaineApp::NoteOn(std::int32_t note, std::int32_t deltaFrames, doubl
 // the region's own key by the melody's. Nothing but the silence before the region depends on it.
 void CkvovirelaineApp::Trigger(std::int32_t note, std::int32_t deltaFrames) {
     const SpinGuard guard(wiring.audioLock);
+    if (exporting.load(std::memory_order_relaxed)) return; // what is written stays one arrangement
     mix.ClearClipped();
     const std::int32_t offset = OffsetInMelody(deltaFrames);
     if (note == triggerNote.load(std::memory_order_relaxed)) {
@@ -257,6 +270,7 @@ bool CkvovirelaineApp::RecallByKey(std::int32_t key) {
     const std::int32_t index = snapshotPanel.FindByKey(key);
     if (index < 0 || !snapshotPanel.RecallQuietly(index)) return false;
     driver.RefreshFromStore();
+    bank.AllNotesOff(); // they belong to what was there before
     bank.SetTranspose(transpose);
     PassSpeed();
     TakeRecalledRegion();
@@ -360,8 +374,8 @@ void CkvovirelaineApp::SetMelodyTempo(float tempo) {
     if (!HasAudio()) return;
     PassSpeed();
     melodyPanel.SetTempo(tempo);
-    if (before > 0)
-        tempoRescaleSyncFactor.store(before * GetTempoRescaleSyncFactor() / tempo, std::memory_order_relaxed);
+    const float factor = before * GetTempoRescaleSyncFactor() / tempo;
+    if (factor > 0 && std::isfinite(factor)) tempoRescaleSyncFactor.store(factor, std::memory_order_relaxed);
     PassTempoGrid();
 }
 
@@ -378,6 +392,7 @@ void CkvovirelaineApp::SetSampleRate(float rate) {
     view.SetSampleRate(rate);
     const SpinGuard guard(wiring.audioLock);
     TakePlaybackValues();
+    Stop();
     if (!IsTriggeredBySnapshots()) TakeAnchor();
 }
 

@@ -230,12 +230,14 @@ void CkvovirelaineApp::Poll() {
 // What the audio thread has done to the arrangement, brought to panels and view.
 void CkvovirelaineApp::FlushPending() {
     if (recallPending.exchange(false, std::memory_order_relaxed)) {
-        RefreshFromStore();
+        ShowStoredArrangement();
         ShowPlayRegion();
     }
     const std::int32_t reached = liveNote.load(std::memory_order_relaxed);
     if (reached == liveShown) return;
-    for (std::int32_t note = std::max(liveShown + 1, 0); note <= reached; ++note) ShowNote(note);
+    // Playback may have gone back meanwhile.
+    const std::int32_t first = reached > liveShown ? liveShown + 1 : 0;
+    for (std::int32_t note = first; note <= reached; ++note) ShowNote(note);
     if (reached >= 0) ShowDetectedChord(reached);
     liveShown = reached;
 }

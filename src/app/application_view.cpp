@@ -154,7 +154,7 @@ PopupMenu CkvovirelaineApp::ChordMenu(std::int32_t note, std::vector<ChordRecord
     chords.assign(ofNote.begin(), ofNote.end());
     const auto ofScale = driver.AllChords();
     chords.insert(chords.end(), ofScale.begin(), ofScale.end());
-    const auto shift = static_cast<std::int32_t>(transpose);
+    const std::int32_t shift = TransposedSteps();
     const auto entry = [&](std::size_t index) {
         ChordRecord shown = chords[index];
         shown.root = PitchClass(shown.root + shift);
@@ -182,8 +182,8 @@ void CkvovirelaineApp::SetChord(std::int32_t note, const ChordRecord& chord) {
     {
         const SpinGuard guard(wiring.audioLock);
         driver.SetChord(note, chord);
-        driver.Run();
     }
+    RunDriver();
     ShowVoices();
     ShowDetectedChord(note);
     PushUndo();

@@ -137,6 +137,38 @@ std::int32_t CChoirDriver::Run() noexcept try {
     return kOutOfMemory;
 }
 
+bool CChoirDriver::BeginRun(CChoirRun& run) noexcept try {
+    if (notes.IsEmpty()) TakeNotes();
+    if (notes.Count() > 0) {
+        engine.Reset();
+        ApplySettings();
+        if (GetManualOnly()) settings.style = kStyleParallel;
+        if (NeedsTuning()) TakeTuning();
+    }
+    run.engine = engine;
+    run.settings = settings;
+    run.findChords = FindsChords();
+    run.version = version;
+    run.pitches.assign(notes.Pitches().begin(), notes.Pitches().end());
+    run.chords.assign(notes.Chords().begin(), notes.Chords().end());
+    run.voices.clear();
+    run.voices.reserve(run.pitches.size());
+    for (std::int32_t i = 0; i < notes.Count(); ++i) run.voices.push_back(notes.Voicing(i).voices);
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool CChoirDriver::FinishRun(const CChoirRun& run) noexcept {
+    const auto count = static_cast<std::size_t>(notes.Count());
+    if (run.version != version || run.voices.size() != count) return false;
+    engine = run.engine;
+    std::copy(run.chords.begin(), run.chords.end(), notes.Chords().begin());
+    for (std::size_t i = 0; i < count; ++i)
+        notes.Voicing(static_cast<std::int32_t>(i)).voices = run.voices[i];
+    return true;
+}
+
 void CChoirDriver::Rewind() {
     if (recordLive) KeepRecording();
     liveStartNote = -1;
@@ -146,6 +178,7 @@ void CChoirDriver::Rewind() {
 }
 
 void CChoirDriver::RefreshFromStore() {
+    ++version;
     PassMelodyKey();
     PassHarmonyScale();
     UpdateNotePitches();
@@ -211,35 +244,17 @@ void CChoirDriver::PassHarmonyScale() {
         settings.harmonyScale = engine.GetKey().GetHarmonyScale();
 }
 
+bool CChoirDriver::FindsChords() const { return settings.style == kStyleIntelligent && GetChordsDirty(); }
+
+bool CChoirDriver::NeedsTuning() const { return FindsChords() || settings.style == kStyleParallel; }
+
 void CChoirDriver::GenerateAll() {
-    const std::int32_t arrangement = settings.arrangement;
     const std::int32_t count = notes.Count();
-    const bool findChords = settings.style == kStyleIntelligent && GetChordsDirty();
-    if (findChords || settings.style == kStyleParallel) TakeTuning();
-    if (findChords) engine.FindChordPath(notes.Pitches().data(), notes.Chords().data(), count);
-    for (std::int32_t i = 0; i < count; ++i) {
-        const std::int32_t pitch = notes.Pitch(i);
-        std::int32_t* const row = notes.Voicing(i).voices.data();
-        switch (settings.style) {
-        case kStyleIntelligent:
-            engine.GenerateVoices(pitch, row, notes.Chord(i));
-            break;
-        case kStyleParallel:
-            engine.GenerateParallel(pitch, row, settings.manualIntervals.data());
-            break;
-        case kStyleBlock:
-            engine.GenerateBlock(pitch, notes.Pitch(std::min(i + 1, count - 1)), row, arrangement);
-            break;
-        case kStyleFauxbourdon:
-            engine.GenerateFauxbourdon(pitch, row, arrangement);
-            break;
-        case kStyleOrganum:
-            engine.GenerateOrganum(pitch, row, arrangement);
-            break;
-        default: // from a document; the voices stay
-            break;
-        }
-    }
+    if (NeedsTuning()) TakeTuning();
+    if (FindsChords()) engine.FindChordPath(notes.Pitches().data(), notes.Chords().data(), count);
+    for (std::int32_t i = 0; i < count; ++i)
+        CChoirRun::MakeNote(engine, settings, notes.Pitch(i), notes.Pitch(std::min(i + 1, count - 1)),
+                            notes.Chord(i), notes.Voicing(i).voices.data());
 }
 
 } // namespace sonorelle

@@ -25,8 +25,8 @@
 //
 // Threads. No lock of its own. Run and whatever changes something is called under the application's AudioLock
 // once audio runs. Fit for the audio thread, that is without allocation, lock or wait: GetVoice, NoteInput,
-// UpdateLive, ResetLive, the look-ups by position and the queries of a note. Only Run, SplitNote,
-// MergeNotes and GrowNotes allocate. Nothing throws.
+// UpdateLive, ResetLive, FinishRun, the look-ups by position and the queries of a note. Only Run, BeginRun,
+// SplitNote, MergeNotes and GrowNotes allocate. Nothing throws.
 //
 // Note indices run from 0 to GetNoteCount() - 1, voices from 0 (the melody) to 3, positions in sample frames.
 // Pitches are MIDI note numbers, -1 for a silent voice.
@@ -35,6 +35,7 @@
 
 #include "analysis/records.h"
 #include "harmony/choir_notes.h"
+#include "harmony/choir_run.h"
 #include "harmony/choir_settings.h"
 #include "harmony/consortier.h"
 
@@ -109,6 +110,12 @@ public:
     // whose sequence goes on). 0, or kOutOfMemory from the first Run with nothing taken; a chord path that
     // finds no memory leaves the chords as they were, and the voices follow those.
     std::int32_t Run() noexcept;
+
+    // The same in three steps, of which the long one, CChoirRun::Make, needs no lock. BeginRun gives false
+    // when there is no memory; FinishRun when RefreshFromStore came in between: what the store brought stands
+    // then, and the run is dropped. Between the two, nothing but settings may be changed otherwise.
+    bool BeginRun(CChoirRun& run) noexcept;
+    bool FinishRun(const CChoirRun& run) noexcept;
 
     // The start of playback: what was recorded live becomes the voices of the melody, and the engine takes
     // over the settings. Makes no voices.
@@ -220,6 +227,8 @@ private:
     void PassMelodyKey();
     void PassHarmonyScale();
     void GenerateAll();
+    bool FindsChords() const;
+    bool NeedsTuning() const;
 
     std::int32_t MoveCursor(std::int32_t note);
 
@@ -236,6 +245,7 @@ private:
 
     ChoirSettings settings;
     CChoirNotes notes;
+    std::uint32_t version = 0; // counts what the store has brought
     std::int32_t analysedNoteCount = 0;
     std::int32_t audioLength = 0;        // frames
     float tuningOffset = 0;              // semitones, of the last time that the pitches were rounded

@@ -43,6 +43,23 @@ TEST(ApplicationMix, BlocksOfOneSampleAreRenderedEverySixtyFourthCall) {
     EXPECT_LE(renders, 40);
 }
 
+TEST(ApplicationMix, ABlockOfAHundredIsTheRestOfABlockAndTwoMore) {
+    LoadedSession session;
+    session.app->Rewind();
+    session.app->Start();
+    const auto renders = [&] { // the bank counts from the position at the start of the call
+        const double before = session.app->GetExactPosition();
+        session.Process(100, 100);
+        return (session.app->Bank().GetPosition() - before) / 64;
+    };
+    EXPECT_EQ(renders(), 2); // 64 and 36, of which 28 stay
+    EXPECT_EQ(renders(), 2); // those 28, 64 and 8
+    EXPECT_EQ(renders(), 1); // 56 and 44
+    double all = 5;
+    for (std::int32_t i = 3; i < 16; ++i) all += renders();
+    EXPECT_EQ(all, 25); // 1600 samples
+}
+
 TEST(ApplicationMix, BeforeTheRegionIsSilenceThatPasses) {
     LoadedSession session;
     session.app->View().SetPlayRegion(20000, 40000);
