@@ -214,6 +214,12 @@ public:
     void OnViewEvent();
     // What the chord menu does: the note sings in this chord; one undo step.
     void SetChord(std::int32_t note, const ConsortierClassic::ChordRecord& chord);
+    // What dragging a note, its menu, cutting and joining do; one undo step each. False, and nothing happens,
+    // where there is no such note or voice, or nothing to cut or to join.
+    bool SetNotePitch(std::int32_t note, std::int32_t voice, std::int32_t midiPitch); // 0 to 127
+    bool SetNoteGain(std::int32_t note, std::int32_t voice, float gain);              // 0 to 1
+    bool SplitAt(std::int32_t samplePosition);
+    bool MergeNotes(std::int32_t first, std::int32_t last); // neighbours
     void SetCutMode(bool on);
     bool GetCutMode() const { return cutMode.load(std::memory_order_relaxed); }
     void SetFollowCursor(bool on) { followCursor.store(on, std::memory_order_relaxed); }
@@ -319,6 +325,7 @@ private:
     void EnterMode(std::int32_t mode);
     void EnterLiveHarmonies();
     void EnterLivePitches();
+    void RunWithPresentChords();
     void ShowMode(std::int32_t mode);
     void LoadDriverFromPanels();
     bool RunDriver();
@@ -339,23 +346,25 @@ private:
     void ShowNote(std::int32_t note);
     void ShowVoiceCount();
     void ReturnToLive(std::int32_t mode);
+    void HoldStoredValues();      // any thread
     void ShowStoredArrangement(); // after the store has written it
     void FlushPending();          // what the audio thread has left for the interface
 
     // View.
+    void EndDrag(std::int32_t note, std::int32_t voice);
     void ChangeNotePitch(std::int32_t note, std::int32_t voice);
-    void ChangeNoteGain(std::int32_t note, std::int32_t voice, float gain);
     void ShowDetectedChord(std::int32_t note);
     void BeginAudition(std::int32_t note);
     void EndAudition();
     void ChooseChord(std::int32_t note);
     PopupMenu ChordMenu(std::int32_t note, std::vector<ConsortierClassic::ChordRecord>& chords);
     void TakeViewRegion(std::int32_t start, std::int32_t end);
-    void SplitAt(std::int32_t samplePosition);
-    void MergeNotes(std::int32_t first, std::int32_t last);
+    bool IsNoteOfVoice(std::int32_t note, std::int32_t voice) const;
 
     // Exports.
     AudioExportSettings ExportSettings() const;
+    double BeginExport();
+    void EndExport(double offset);
     MidiExportSettings MidiSettings() const;
     std::int32_t SaveSound(const std::string& path, std::int32_t voice);
     void TellOfExport(std::int32_t result);

@@ -42,6 +42,7 @@ void CkvovirelaineApp::ChoirChanged(bool byMelody) {
     melodyChanged = false;
     if (!updating) {
         melodyChanged = byMelody;
+        EndAudition();
         if (melodyPanel.GetTempo() != GetMelodyTempo() && GetMelodyTempo() != kUnknownTempo) {
             SetMelodyTempo(melodyPanel.GetTempo());
             return;
@@ -51,6 +52,7 @@ void CkvovirelaineApp::ChoirChanged(bool byMelody) {
             choirPanel.SetRoot(melodyPanel.GetRoot());
         }
         TakeTransposeFromPanels();
+        PassTranspose();
         snapshotPanel.SetEnabled(true);
         EnterMode(mode);
         PushUndo();
@@ -80,6 +82,7 @@ void CkvovirelaineApp::SetTranspose(float semitones) {
     {
         const SpinGuard guard(wiring.audioLock);
         transpose = semitones;
+        HoldStoredValues();
     }
     PassTranspose();
     ReloadPanels();
@@ -121,6 +124,7 @@ void CkvovirelaineApp::ShowMode(std::int32_t mode) {
         const SpinGuard guard(wiring.audioLock);
         driver.StartLive(false, false);
         driver.SetRecordLive(false);
+        FreeHeldKeys(); // nobody listens to their release any more
     }
     choirPanel.SetLiveControlsActive(live);
     view.SetNoteEdit(edit);
@@ -255,6 +259,15 @@ void CkvovirelaineApp::PassTranspose() {
 
 // Live.
 
+// The chords stay, those that were chosen or played by hand too.
+void CkvovirelaineApp::RunWithPresentChords() {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        driver.SetChordsDirty(false);
+    }
+    RunDriver();
+}
+
 // A take that is being recorded while the melody plays is not disturbed by a new run.
 void CkvovirelaineApp::EnterLiveHarmonies() {
     {
@@ -272,7 +285,7 @@ void CkvovirelaineApp::EnterLiveHarmonies() {
         StartLive(kModeHarmonies);
         if (busy) return;
     }
-    RunDriver();
+    RunWithPresentChords();
     ShowVoices();
 }
 
@@ -291,7 +304,7 @@ void CkvovirelaineApp::EnterLivePitches() {
             driver.SetArrangement(kFourVoices);
         }
     }
-    if (anew) RunDriver();
+    if (anew) RunWithPresentChords();
     StartLive(kModePitches);
     if (!busy) ShowVoices();
 }
@@ -382,8 +395,11 @@ void CkvovirelaineApp::RefreshFromStore() {
 
 // Without the end of the notes that go out: those of a snapshot that a key has recalled sound already.
 void CkvovirelaineApp::ShowStoredArrangement() {
+    EndAudition();
     {
         const SpinGuard guard(wiring.audioLock);
+        HoldStoredValues();
+        driver.DropRecording(); // the arrangement that came back counts, not what was played meanwhile
         driver.RefreshFromStore();
         choirPanel.ReadModeFromStore();
         driver.StartLive(false, false);
@@ -391,7 +407,7 @@ void CkvovirelaineApp::ShowStoredArrangement() {
     }
     const std::int32_t mode = choirPanel.GetMode();
     voicePanel.Refresh();
-    snapshotPanel.SetEnabled(true);
+    ShowPlayRegion();
     PassTranspose();
     PassSpeed();
     PassTempoGrid();
@@ -406,6 +422,16 @@ void CkvovirelaineApp::ShowStoredArrangement() {
     wiring.toolkit.RequestRedraw();
 }
 
+// The "Initial Snapshot" is older than any tempo, and a document may hold anything: a tempo that is known
+// stays known. The panel has the last one.
+void CkvovirelaineApp::HoldStoredValues() {
+    const SpinGuard guard(wiring.audioLock);
+    if (!(melodyTempo > 0) || !std::isfinite(melodyTempo))
+        melodyTempo = GetHostTempo() > 0 ? melodyPanel.GetTempo() : kUnknownTempo;
+    constexpr float kFarthest = CVoiceBank::kLargestTranspose;
+    transpose = std::isfinite(transpose) ? std::clamp(transpose, -kFarthest, kFarthest) : 0;
+}
+
 void CkvovirelaineApp::ReturnToLive(std::int32_t mode) {
     {
         const SpinGuard guard(wiring.audioLock);
@@ -417,7 +443,7 @@ void CkvovirelaineApp::ReturnToLive(std::int32_t mode) {
                               : voices == kVoicesForChordTips ? kThreeVoices
                                                               : kTwoVoices);
     }
-    RunDriver();
+    RunWithPresentChords();
     StartLive(mode);
     ShowVoices();
 }

@@ -3,6 +3,7 @@
 
 #include "app/application.h"
 
+#include "app/voice_controls.h"
 #include "formats/audio_file.h"
 #include "harmony/styles.h"
 #include "platform/file_system.h"
@@ -23,8 +24,6 @@ namespace {
 
 using namespace ConsortierClassic;
 
-constexpr std::array<const char*, CkvovirelaineApp::kVoices> kVoiceNames = {"orange voice", "red voice",
-                                                                            "blue voice", "green voice"};
 constexpr const char* kAllVoicesText = "all voices";
 constexpr const char* kChordsText = "chords";
 constexpr const char* kTempMidiName = "~sonorelle.mid";
@@ -40,10 +39,23 @@ struct FileKind {
 constexpr FileKind kSoundFile = {"Save as Audio File", "WAV File\t*.wav", ".wav"};
 constexpr FileKind kMidiFile = {"Save as MIDI File", "MIDI File\t*.mid", ".mid"};
 
+// Does what it was given when it goes out of scope, also by an exception of a progress callback.
+template<class Action>
+class AtEnd {
+public:
+    explicit AtEnd(Action lastAction) : action(lastAction) {}
+    ~AtEnd() { action(); }
+    AtEnd(const AtEnd&) = delete;
+    AtEnd& operator=(const AtEnd&) = delete;
+
+private:
+    Action action;
+};
+
 PopupItem VoicesSubmenu(const char* text, std::int32_t voiceCount, std::int32_t firstId) {
     PopupItem submenu{text, PopupItem::kNothing, {{kAllVoicesText, firstId, {}}}};
     for (std::int32_t voice = 0; voice < voiceCount; ++voice)
-        submenu.children.push_back({kVoiceNames[static_cast<std::size_t>(voice)], firstId + 1 + voice, {}});
+        submenu.children.push_back({kVoiceTitles[static_cast<std::size_t>(voice)], firstId + 1 + voice, {}});
     return submenu;
 }
 
@@ -73,7 +85,7 @@ void CkvovirelaineApp::OpenExportMenu() {
     wiring.toolkit.ActivateMainWindow(false);
     std::string path = wiring.toolkit.ChooseFileToSave(kind.title, kind.filter, preset);
     if (!path.empty()) {
-        if (path.find(kind.extension) == std::string::npos) path += kind.extension;
+        if (FileNamePart(path).find(kind.extension) == std::string::npos) path += kind.extension;
         TellOfExport(isMidi ? ExportMidi(path, chosen - kMidiIds - 1) : SaveSound(path, chosen - 1));
     }
     wiring.toolkit.ActivateMainWindow(true);
@@ -124,33 +136,41 @@ std::int32_t CkvovirelaineApp::ExportAudioFiles(std::span<const AudioExportFile>
                                                 std::vector<std::int64_t>* limited) {
     if (!HasAudio()) return kBadArgument;
     const SpinGuard exportGuard(exportLock);
-    double offset = 0;
-    {
-        const SpinGuard guard(wiring.audioLock);
-        exporting.store(true, std::memory_order_relaxed);
-        bankAway = true;
-        EndMidi();
-        offset = auditioning.load(std::memory_order_relaxed) && !IsPlaying()
-                     ? savedOffset
-                     : position.load(std::memory_order_relaxed) - GetPlayStart();
-        shownPosition = -1;
-    }
+    if (exporting.load(std::memory_order_relaxed)) return kCannotWrite; // out of the progress of another
+    const double offset = BeginExport();
+    const AtEnd end([this, offset] { EndExport(offset); });
     CAudioExport exporter(bank, driver, ExportSettings());
     const std::int32_t result = exporter.ExportFiles(files, progress);
     if (limited != nullptr) {
         limited->clear();
         for (std::size_t i = 0; i < files.size(); ++i) limited->push_back(exporter.GetLimitedFrames(i));
     }
+    return result;
+}
+
+// Gives where in the region playback stands.
+double CkvovirelaineApp::BeginExport() {
+    const SpinGuard guard(wiring.audioLock);
+    exporting.store(true, std::memory_order_relaxed);
+    bankAway = true;
+    EndMidi();
+    shownPosition = -1;
+    if (auditioning.load(std::memory_order_relaxed) && !IsPlaying()) return savedOffset;
+    return position.load(std::memory_order_relaxed) - GetPlayStart();
+}
+
+void CkvovirelaineApp::EndExport(double offset) {
     const SpinGuard guard(wiring.audioLock);
     exporting.store(false, std::memory_order_relaxed);
     bank.ClearVoices();
     PassSpeed();
     SetPosition(TruncateToI32(offset));
-    return result;
 }
 
 MidiExportSettings CkvovirelaineApp::MidiSettings() const {
+    const SpinGuard guard(wiring.audioLock);
     MidiExportSettings settings;
+    settings.lock = &wiring.audioLock;
     settings.playStart = GetPlayStart();
     settings.playEnd = GetPlayEnd();
     settings.sampleRate = analyzer.GetSampleRate();
@@ -165,23 +185,15 @@ MidiExportSettings CkvovirelaineApp::MidiSettings() const {
 
 std::int32_t CkvovirelaineApp::ExportMidi(const std::string& path, std::int32_t voice) {
     if (!HasAudio()) return kBadArgument;
-    std::int32_t result = kOk;
-    {
-        const SpinGuard guard(wiring.audioLock);
-        result = CMidiExport(driver, MidiSettings()).ExportMidi(path, voice);
-    }
+    const std::int32_t result = CMidiExport(driver, MidiSettings()).ExportMidi(path, voice);
     PutOnSelection(path, result);
     return result;
 }
 
 std::int32_t CkvovirelaineApp::ExportTriggerMidi(const std::string& path) {
     if (!HasAudio()) return kBadArgument;
-    std::int32_t result = kOk;
-    {
-        const SpinGuard guard(wiring.audioLock);
-        result = CMidiExport(driver, MidiSettings())
-                     .ExportTriggerMidi(path, triggerNote.load(std::memory_order_relaxed));
-    }
+    const CMidiExport exporter(driver, MidiSettings());
+    const std::int32_t result = exporter.ExportTriggerMidi(path, triggerNote.load(std::memory_order_relaxed));
     PutOnSelection(path, result);
     return result;
 }
@@ -198,8 +210,8 @@ void CkvovirelaineApp::PutOnSelection(const std::string& path, std::int32_t resu
 void CkvovirelaineApp::OnSnapshotDragged() {
     if (!HasAudio()) return;
     if (snapshotPanel.GetSelected() >= 0 && !snapshotPanel.IsShiftHeld()) {
+        EndAudition();
         TakeRecalledRegion();
-        ShowPlayRegion();
         RefreshFromStore();
     }
     if (snapshotPanel.GetRecalled() != CkvovirelaineSnapshots::kByMouse || !snapshotPanel.IsShiftHeld())
@@ -217,7 +229,9 @@ void CkvovirelaineApp::OnSnapshotDragged() {
 // The file that a drag carries stands in a folder of this process and instance, so that two never overwrite
 // each other's. It is made with the first drag, and goes with the application.
 std::string CkvovirelaineApp::MakeTempMidiPath() {
-    if (!tempMidiFolder.empty()) return tempMidiPath;
+    std::error_code ignored;
+    if (!tempMidiFolder.empty() && std::filesystem::is_directory(tempMidiFolder, ignored))
+        return tempMidiPath;
     std::string pattern = JoinPath(TemporaryFolder(), "sonorelle-" + std::to_string(getpid()) + "-XXXXXX");
     if (mkdtemp(pattern.data()) == nullptr) return {};
     tempMidiFolder = pattern;

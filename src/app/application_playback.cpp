@@ -107,6 +107,7 @@ void CkvovirelaineApp::StopAt(double frames) {
 void CkvovirelaineApp::NextNote() {
     if (!HasAudio()) return;
     const SpinGuard guard(wiring.audioLock);
+    if (exporting.load(std::memory_order_relaxed)) return;
     const double before = bank.GetPosition();
     bank.JumpToNextNote();
     if (bank.GetPosition() != before) TakeBankPosition();
@@ -115,6 +116,7 @@ void CkvovirelaineApp::NextNote() {
 void CkvovirelaineApp::PreviousNote() {
     if (!HasAudio()) return;
     const SpinGuard guard(wiring.audioLock);
+    if (exporting.load(std::memory_order_relaxed)) return;
     const double before = bank.GetPosition();
     bank.JumpToPreviousNote();
     if (bank.GetPosition() != before) TakeBankPosition();
@@ -271,8 +273,10 @@ bool CkvovirelaineApp::RecallByKey(std::int32_t key) {
     if (index < 0 || !snapshotPanel.RecallQuietly(index)) return false;
     driver.RefreshFromStore();
     bank.AllNotesOff(); // they belong to what was there before
+    HoldStoredValues();
     bank.SetTranspose(transpose);
     PassSpeed();
+    ShowVoiceCount(); // a voice that comes in is heard at once, not with the next poll
     TakeRecalledRegion();
     recallPending.store(true, std::memory_order_relaxed);
     return true;

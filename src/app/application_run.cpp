@@ -231,14 +231,16 @@ void CkvovirelaineApp::Poll() {
 void CkvovirelaineApp::FlushPending() {
     if (recallPending.exchange(false, std::memory_order_relaxed)) {
         ShowStoredArrangement();
-        ShowPlayRegion();
     }
     const std::int32_t reached = liveNote.load(std::memory_order_relaxed);
-    if (reached == liveShown) return;
-    // Playback may have gone back meanwhile.
-    const std::int32_t first = reached > liveShown ? liveShown + 1 : 0;
+    if (reached < 0 || !driver.IsLive()) {
+        liveShown = -1;
+        return;
+    }
+    // Playback may have gone back meanwhile, and other keys may have given the same note other voices.
+    const std::int32_t first = reached > liveShown ? liveShown + 1 : reached == liveShown ? reached : 0;
     for (std::int32_t note = first; note <= reached; ++note) ShowNote(note);
-    if (reached >= 0) ShowDetectedChord(reached);
+    ShowDetectedChord(reached);
     liveShown = reached;
 }
 

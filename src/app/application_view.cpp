@@ -29,9 +29,7 @@ void CkvovirelaineApp::OnViewEvent() {
         if (choirPanel.GetMode() == kModeIntelligent) ChooseChord(data[0]);
         break;
     case kEventDragEnded:
-        ChangeNotePitch(data[0], data[1]);
-        EndAudition();
-        PushUndo();
+        EndDrag(data[0], data[1]);
         break;
     case kEventNoteMoved:
         ChangeNotePitch(data[0], data[1]);
@@ -50,7 +48,7 @@ void CkvovirelaineApp::OnViewEvent() {
         TakeViewRegion(data[0], data[1]);
         break;
     case kEventGainChanged:
-        ChangeNoteGain(data[0], data[1], static_cast<float>(data[2]));
+        SetNoteGain(data[0], data[1], static_cast<float>(data[2]));
         break;
     case kEventCut:
         SplitAt(data[0]);
@@ -69,6 +67,14 @@ void CkvovirelaineApp::SetCutMode(bool on) {
     view.SetCutMode(on);
 }
 
+// Notes that were dragged together are told one by one, and are one step of undo.
+void CkvovirelaineApp::EndDrag(std::int32_t note, std::int32_t voice) {
+    ChangeNotePitch(note, voice);
+    EndAudition();
+    const auto& dragged = view.GetSelection();
+    if (dragged.empty() || dragged.back() == PitchViewSelection{note, voice}) PushUndo();
+}
+
 void CkvovirelaineApp::ChangeNotePitch(std::int32_t note, std::int32_t voice) {
     {
         const SpinGuard guard(wiring.audioLock);
@@ -77,12 +83,32 @@ void CkvovirelaineApp::ChangeNotePitch(std::int32_t note, std::int32_t voice) {
     ShowDetectedChord(note);
 }
 
-void CkvovirelaineApp::ChangeNoteGain(std::int32_t note, std::int32_t voice, float gain) {
+bool CkvovirelaineApp::IsNoteOfVoice(std::int32_t note, std::int32_t voice) const {
+    return HasAudio() && note >= 0 && note < driver.GetNoteCount() && voice >= 0 && voice < VoiceCount();
+}
+
+bool CkvovirelaineApp::SetNotePitch(std::int32_t note, std::int32_t voice, std::int32_t midiPitch) {
+    constexpr std::int32_t kHighestPitch = 127;
+    if (midiPitch < 0 || midiPitch > kHighestPitch || !IsNoteOfVoice(note, voice)) return false;
+    {
+        const SpinGuard guard(wiring.audioLock);
+        driver.SetVoicePitch(note, voice, midiPitch);
+    }
+    ShowNote(note);
+    ShowDetectedChord(note);
+    PushUndo();
+    return true;
+}
+
+bool CkvovirelaineApp::SetNoteGain(std::int32_t note, std::int32_t voice, float gain) {
+    if (!(gain >= 0 && gain <= 1) || !IsNoteOfVoice(note, voice)) return false;
     {
         const SpinGuard guard(wiring.audioLock);
         driver.SetVoiceGain(note, voice, gain);
     }
+    ShowNote(note);
     PushUndo();
+    return true;
 }
 
 // The chord that the voices now form.
@@ -118,7 +144,7 @@ void CkvovirelaineApp::BeginAudition(std::int32_t note) {
     const SpinGuard exportGuard(exportLock);
     const SpinGuard guard(wiring.audioLock);
     const bool again = auditioning.load(std::memory_order_relaxed);
-    if (driver.IsLive() || (IsPlaying() && !again)) return;
+    if (driver.IsLive() || (IsPlaying() && !again) || exporting.load(std::memory_order_relaxed)) return;
     std::int32_t start = 0;
     std::int32_t end = 0;
     if (!driver.GetNoteRange(note, start, end)) return;
@@ -183,28 +209,32 @@ void CkvovirelaineApp::SetChord(std::int32_t note, const ChordRecord& chord) {
         const SpinGuard guard(wiring.audioLock);
         driver.SetChord(note, chord);
     }
-    RunDriver();
+    RunWithPresentChords();
     ShowVoices();
     ShowDetectedChord(note);
     PushUndo();
 }
 
-void CkvovirelaineApp::SplitAt(std::int32_t samplePosition) {
+bool CkvovirelaineApp::SplitAt(std::int32_t samplePosition) {
+    if (!HasAudio()) return false;
     {
         const SpinGuard guard(wiring.audioLock);
-        if (driver.SplitNote(samplePosition) == 0) return;
+        if (driver.SplitNote(samplePosition) == 0) return false;
     }
     RunByMode();
     PushUndo();
+    return true;
 }
 
-void CkvovirelaineApp::MergeNotes(std::int32_t first, std::int32_t last) {
+bool CkvovirelaineApp::MergeNotes(std::int32_t first, std::int32_t last) {
+    if (!HasAudio()) return false;
     {
         const SpinGuard guard(wiring.audioLock);
-        if (driver.MergeNotes(first, last) == 0) return;
+        if (driver.MergeNotes(first, last) == 0) return false;
     }
     RunByMode();
     PushUndo();
+    return true;
 }
 
 } // namespace sonorelle

@@ -11,6 +11,7 @@
 #include "formats/midi_file.h"
 #include "harmony/choir_driver.h"
 #include "harmony/pitch_class.h"
+#include "platform/critical_section.h"
 #include "platform/result_codes.h"
 #include "platform/saturate.h"
 
@@ -22,6 +23,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <utility>
 
 namespace sonorelle {
 
@@ -72,7 +74,9 @@ public:
     }
 
     float HostTempo() const { return hostTempo_; }
-    bool Overlaps(std::int32_t start, std::int32_t end) const { return start < playEnd_ && end > playStart_; }
+    bool Overlaps(std::int32_t start, std::int32_t end) const {
+        return playStart_ < playEnd_ && start < playEnd_ && end > playStart_;
+    }
     std::uint32_t OnTime(std::int32_t start) const {
         return Milliseconds(std::max<std::int64_t>(start - playStart_, 0));
     }
@@ -201,9 +205,11 @@ std::int32_t MidiVelocityFromLevel(float level) {
 }
 
 std::int32_t CMidiExport::ExportMidi(const std::string& path, std::int32_t voice) const noexcept try {
+    std::optional<SpinGuard> guard;
+    if (settings_.lock != nullptr) guard.emplace(*settings_.lock);
     const std::int32_t voiceCount = driver_.VoiceCount();
     if (voice < kAllVoices || voice > voiceCount) return kBadArgument;
-    const LiveBypass bypass(driver_);
+    std::optional<LiveBypass> bypass(std::in_place, driver_);
     const MidiRegion region(settings_);
     CkvoMidiTrack track;
     BeginTrack(track, settings_, region);
@@ -213,6 +219,8 @@ std::int32_t CMidiExport::ExportMidi(const std::string& path, std::int32_t voice
         const bool all = voice == kAllVoices;
         AddVoices(track, driver_, settings_, region, all ? 0 : voice, all ? voiceCount - 1 : voice);
     }
+    bypass.reset();
+    guard.reset();
     return WriteTrack(track, path, kVoicesDivision, region.HostTempo());
 } catch (const std::bad_alloc&) {
     return kCannotWrite;

@@ -11,7 +11,7 @@
 // is open at both ends; what sticks out is cut off. The host's tempo gives the ticks their length; the times
 // are those of the recording, stretched when the melody follows the host's tempo.
 //
-// Threads: the interface thread; whoever lets audio run beside it holds AudioLock, since the driver is asked.
+// Threads: the interface thread; whoever lets audio run beside it names AudioLock in the settings.
 // Live input is bypassed during an export. Allocates; throws nothing. A file that cannot be written leaves
 // the old one, or none.
 
@@ -22,6 +22,7 @@
 
 namespace sonorelle {
 
+class CCriticalSection;
 class CChoirDriver;
 
 struct MidiExportSettings {
@@ -36,6 +37,9 @@ struct MidiExportSettings {
     float transpose = 0;               // semitones, added to every voice and chord
     std::int32_t timeSigNumerator = 4; // below 1, each counts as 4
     std::int32_t timeSigDenominator = 4;
+    // Held while the driver is asked, where other threads play from it meanwhile, and not while the file is
+    // written; may be null.
+    CCriticalSection* lock = nullptr;
 };
 
 // How hard a note of this level (0 to 1, a mean energy) is struck, 0 to 127: full at 1, and nothing from

@@ -9,6 +9,8 @@
 #include "cli/arrangement_summary.h"
 #include "cli/arranger.h"
 #include "cli/console.h"
+#include "cli/live_playing.h"
+#include "cli/playing_settings.h"
 #include "cli/progress_bar.h"
 #include "cli/result_file.h"
 #include "cli/session.h"
@@ -31,18 +33,26 @@ constexpr double kWholePercent = 100;
 
 class ArrangeRun {
 public:
-    ArrangeRun(const ArrangeOptions& options, const ArrangementSettings& settings, const Console& console)
-        : options_(options), settings_(settings), console_(console) {}
+    ArrangeRun(const ArrangeOptions& options, const ArrangementSettings& settings,
+               const PlayingSettings& playing, const Console& console)
+        : options_(options), settings_(settings), playing_(playing), console_(console) {}
 
     int Run();
 
 private:
     Hearing ArrangeFile(std::size_t index);
-    Hearing ArrangeMelody(CommandLineSession& session, const ArrangementFiles& files, ResultFile& picture);
+    Hearing ArrangeState();
+    Hearing ArrangeMelody(CommandLineSession& session, const ArrangementSettings& settings,
+                          const ArrangementFiles& files);
+    bool PrepareFolder(const ArrangementFiles& files, const ArrangementSettings& settings);
+    bool Adjust(CommandLineSession& session, ArrangementSettings& settings);
+    bool SaveDocuments(CommandLineSession& session);
     bool MakeFolder();
-    bool CanWriteResults(const ArrangementFiles& files);
-    Hearing WriteSound(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
-                       const HearingWish& wish);
+    bool CanWriteResults(const ArrangementFiles& files, const ArrangementSettings& settings);
+    Hearing WriteSound(CommandLineSession& session, Arranger& arranger, ArrangementReport& report,
+                       const ArrangementFiles& files);
+    Hearing PlaySound(CommandLineSession& session, Arranger& arranger, ArrangementReport& report,
+                      const ArrangementFiles& files);
     Hearing TellOfSound(std::int32_t result, const std::string& mix);
     bool WriteNotes(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
                     ResultFile& picture);
@@ -55,7 +65,9 @@ private:
 
     const ArrangeOptions& options_;
     const ArrangementSettings& settings_;
+    const PlayingSettings& playing_;
     const Console& console_;
+    bool wrongUse_ = false;          // found only when the session stood
     std::size_t printed_ = 0;        // arrangements
     Written output_ = Written::kYes; // what became of standard output
 };
@@ -63,10 +75,12 @@ private:
 // Goes on when nobody reads standard output: the files are what the user wants.
 int ArrangeRun::Run() {
     bool failed = false;
-    for (std::size_t i = 0; i < options_.files.size(); ++i) {
-        const Hearing result = ArrangeFile(i);
+    const std::size_t count = options_.state ? 1 : options_.files.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Hearing result = options_.state ? ArrangeState() : ArrangeFile(i);
+        if (wrongUse_) return kExitWrongUse;
         if (result == Hearing::kCancelled) {
-            console_.Complain(options_.files[i], kCancelledText);
+            console_.Complain(options_.files.empty() ? *options_.state : options_.files[i], kCancelledText);
             return kExitCancelled;
         }
         failed = failed || result == Hearing::kFailed;
@@ -80,26 +94,70 @@ Hearing ArrangeRun::ArrangeFile(std::size_t index) {
     const std::string& file = options_.files[index];
     CommandLineSession session(console_, {options_.useCache, !options_.quiet, index, options_.files.size()});
     if (!IsRecording(file)) return session.Load(file); // which tells why not
-    if (!MakeFolder()) return Hearing::kFailed;
     const ArrangementFiles files(options_.folder, file);
-    ResultFile picture(files.picture);
-    if (!CanWriteResults(files) || !picture.Open()) return Hearing::kFailed;
+    if (!PrepareFolder(files, settings_)) return Hearing::kFailed;
     if (const Hearing heard = session.Load(file); heard != Hearing::kDone) return heard;
     SetUpArrangement(session, settings_);
-    return ArrangeMelody(session, files, picture);
+    ArrangementSettings settings = settings_;
+    if (options_.program && !Adjust(session, settings)) return Hearing::kFailed;
+    return ArrangeMelody(session, settings, files);
+}
+
+// What a session says comes first, and the options depart from it.
+Hearing ArrangeRun::ArrangeState() {
+    if (console_.IsCancelled()) return Hearing::kCancelled;
+    CommandLineSession session(console_, {options_.useCache, !options_.quiet, 0, 1});
+    const std::string recording = options_.files.empty() ? std::string() : options_.files.front();
+    if (const Hearing heard = session.Restore(*options_.state, recording); heard != Hearing::kDone)
+        return heard;
+    ArrangementSettings settings;
+    if (!Adjust(session, settings)) return Hearing::kFailed;
+    if (const std::string wrong = FindWrongPlaces(options_, {session.RecordingPath()}, settings);
+        !wrong.empty())
+        return wrongUse_ = !Fail("", wrong.c_str()), Hearing::kFailed;
+    const ArrangementFiles files(options_.folder, session.RecordingPath());
+    if (!PrepareFolder(files, settings)) return Hearing::kFailed;
+    return ArrangeMelody(session, settings, files);
+}
+
+// The program, then the options. `settings`: as the session stands afterwards.
+bool ArrangeRun::Adjust(CommandLineSession& session, ArrangementSettings& settings) {
+    if (options_.preset)
+        if (const auto preset = FindPreset(*options_.preset)) session.PlugIn().SetProgram(*preset);
+    if (options_.program && !session.LoadProgram(*options_.program)) return false;
+    const ArrangementSettings present = PresentSettings(session);
+    settings = present;
+    if (const std::string wrong = ReadSettings(options_, settings); !wrong.empty()) {
+        wrongUse_ = true;
+        return Fail("", wrong.c_str());
+    }
+    ChangeSettings(session, present, settings);
+    return true;
 }
 
 // The sound comes first, since it takes the time in which the user may cancel: until it is there, nothing is.
-Hearing ArrangeRun::ArrangeMelody(CommandLineSession& session, const ArrangementFiles& files,
-                                  ResultFile& picture) {
-    Arranger arranger(session, settings_);
+Hearing ArrangeRun::ArrangeMelody(CommandLineSession& session, const ArrangementSettings& settings,
+                                  const ArrangementFiles& files) {
+    ResultFile picture(files.picture);
+    picture.Open();
+    Arranger arranger(session, settings);
     ArrangementReport report = arranger.Report();
-    const Hearing sung = WriteSound(arranger, report, files, session.Wish());
+    const Hearing sung = playing_.blocks ? PlaySound(session, arranger, report, files)
+                                         : WriteSound(session, arranger, report, files);
     if (sung != Hearing::kDone) return sung;
-    if (!WriteNotes(arranger, report, files, picture)) return Hearing::kFailed;
+    if (!WriteNotes(arranger, report, files, picture) || !SaveDocuments(session)) return Hearing::kFailed;
     FindOldFiles(report, files);
     Print(report);
     return Hearing::kDone;
+}
+
+bool ArrangeRun::PrepareFolder(const ArrangementFiles& files, const ArrangementSettings& settings) {
+    return MakeFolder() && CanWriteResults(files, settings);
+}
+
+bool ArrangeRun::SaveDocuments(CommandLineSession& session) {
+    return (!options_.saveState || session.SaveState(*options_.saveState)) &&
+           (!options_.saveProgram || session.SaveProgram(*options_.saveProgram));
 }
 
 bool ArrangeRun::MakeFolder() {
@@ -110,14 +168,18 @@ bool ArrangeRun::MakeFolder() {
 }
 
 // A result that cannot be written is known before the work is done.
-bool ArrangeRun::CanWriteResults(const ArrangementFiles& files) {
-    for (const std::string& path : files.Wanted(settings_, options_.stems))
+bool ArrangeRun::CanWriteResults(const ArrangementFiles& files, const ArrangementSettings& settings) {
+    std::vector<std::string> paths = files.Wanted(settings, options_.stems);
+    for (const std::optional<std::string>* document : {&options_.saveState, &options_.saveProgram})
+        if (*document) paths.push_back(**document);
+    for (const std::string& path : paths)
         if (!ResultFile(path).Open()) return Fail(path, kCannotWriteFile);
     return true;
 }
 
-Hearing ArrangeRun::WriteSound(Arranger& arranger, ArrangementReport& report, const ArrangementFiles& files,
-                               const HearingWish& wish) {
+Hearing ArrangeRun::WriteSound(CommandLineSession& session, Arranger& arranger, ArrangementReport& report,
+                               const ArrangementFiles& files) {
+    const HearingWish& wish = session.Wish();
     if (!FitsIntoSoundFile(report.settings)) {
         Fail(files.mix, kTooLong);
         return Hearing::kFailed;
@@ -134,6 +196,27 @@ Hearing ArrangeRun::WriteSound(Arranger& arranger, ArrangementReport& report, co
     bar.Clear();
     for (const AudioExportFile& sound : sounds) report.files.push_back(sound.path);
     return TellOfSound(result, files.mix);
+}
+
+// Keys change notes: the report is made anew.
+Hearing ArrangeRun::PlaySound(CommandLineSession& session, Arranger& arranger, ArrangementReport& report,
+                              const ArrangementFiles& files) {
+    if (!FitsIntoSoundFile(report.settings)) {
+        Fail(files.mix, kTooLong);
+        return Hearing::kFailed;
+    }
+    const HearingWish& wish = session.Wish();
+    ProgressBar bar(console_.err, wish.showProgress ? console_.ErrorColumns() : 0,
+                    ProgressLabel("Playing", wish));
+    const PlayedSound played = PlayIntoFile(session, playing_, files.mix, [&](double share) {
+        bar.Show(TruncateToI32(share * kWholePercent));
+        return !console_.IsCancelled();
+    });
+    bar.Clear();
+    if (playing_.record) report = arranger.Report();
+    report.limitedFrames = played.limitedFrames;
+    report.files.push_back(files.mix);
+    return TellOfSound(played.result, files.mix);
 }
 
 Hearing ArrangeRun::TellOfSound(std::int32_t result, const std::string& mix) {
@@ -176,9 +259,10 @@ void ArrangeRun::Print(const ArrangementReport& report) {
 
 } // namespace
 
-int RunArrange(const ArrangeOptions& options, const ArrangementSettings& settings, const Console& console) {
+int RunArrange(const ArrangeOptions& options, const ArrangementSettings& settings,
+               const PlayingSettings& playing, const Console& console) {
     if (options.list) return console.ExitCodeOf(console.Write(FormatChoices()));
-    return ArrangeRun(options, settings, console).Run();
+    return ArrangeRun(options, settings, playing, console).Run();
 }
 
 } // namespace sonorelle

@@ -5,6 +5,7 @@
 #include "cli/arrangement_files.h"
 #include "cli/arrangement_names.h"
 #include "cli/named_numbers.h"
+#include "cli/playing_options.h"
 #include "cli/result_file.h"
 #include "cli/sound_options.h"
 #include "cli/wrong_option.h"
@@ -155,21 +156,29 @@ std::string ReadSettings(const ArrangeOptions& options, ArrangementSettings& set
     return ReadSoundSettings(options, settings);
 }
 
-std::string FindWrongUse(const ArrangeOptions& options, const ArrangementSettings& settings) {
-    if (options.list) return "";
-    if (options.files.empty()) return "FILE is required";
-    if (options.folder.empty()) return "--output: the folder has no name";
+std::string FindWrongPlaces(const ArrangeOptions& options, const std::vector<std::string>& recordings,
+                            const ArrangementSettings& settings) {
     std::set<std::string> places;
-    for (const std::string& file : options.files) {
+    for (const std::string& file : recordings) {
         for (const std::string& path :
              ArrangementFiles(options.folder, file).Wanted(settings, options.stems)) {
             if (!places.insert(path).second)
                 return file + ": the results of another recording would have the same names";
-            for (const std::string& recording : options.files)
+            for (const std::string& recording : recordings)
                 if (AreTheSameFile(path, recording)) return path + ": would replace the recording";
+            if (options.midiIn && AreTheSameFile(path, *options.midiIn))
+                return path + ": would replace the keys";
         }
     }
     return "";
+}
+
+std::string FindWrongUse(const ArrangeOptions& options, const ArrangementSettings& settings) {
+    if (options.list) return "";
+    if (options.files.empty() && !options.state) return "FILE is required";
+    if (options.folder.empty()) return "--output: the folder has no name";
+    if (std::string wrong = FindWrongSessionUse(options); !wrong.empty()) return wrong;
+    return FindWrongPlaces(options, options.files, settings);
 }
 
 } // namespace sonorelle

@@ -12,6 +12,7 @@
 #include "platform/saturate.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace sonorelle {
 
@@ -25,9 +26,27 @@ bool IsSameHarmony(const ArrangementSettings& a, const ArrangementSettings& b) {
            a.spread == b.spread && a.intervals == b.intervals && a.transpose == b.transpose;
 }
 
+// A session keeps how its tempo stands to the host's from the time when its beginning was last set: set anew,
+// at its place.
+void AnchorTempo(CkvovirelaineApp& app) {
+    CkvovirelainePlaybackSettings& panel = app.PlaybackPanel();
+    const bool sync = panel.GetSyncTempo();
+    panel.SetOffset(panel.GetOffset());
+    panel.SetSyncTempo(true);
+    app.OnPlaybackChanged();
+    panel.ClearOffsetSet();
+    if (sync) return;
+    panel.SetSyncTempo(false);
+    app.OnPlaybackChanged();
+}
+
 void SetTempo(CommandLineSession& session, const ArrangementSettings& settings) {
     session.SetTempo(static_cast<double>(settings.tempo));
-    session.With([&](CkvovirelaineApp& app) { app.SetMelodyTempo(settings.tempo / settings.sound.speed); });
+    session.With([&](CkvovirelaineApp& app) {
+        const float melodyTempo = settings.tempo / settings.sound.speed;
+        if (app.GetMelodyTempo() != melodyTempo) app.SetMelodyTempo(melodyTempo);
+        AnchorTempo(app);
+    });
 }
 
 void SetHarmony(CkvovirelaineApp& app, const ArrangementSettings& settings) {
@@ -78,6 +97,37 @@ void SetStrips(CkvovirelaineApp& app, const VoiceStrips& strips) {
     app.PushVoiceSettings();
 }
 
+// As somebody would have written it: the way through the voices' own units costs the last digits.
+float Rounded(float value) {
+    constexpr float kTenThousandths = 10000;
+    return std::round(value * kTenThousandths) / kTenThousandths;
+}
+
+SoundSettings PresentSound(CommandLineSession& session, CkvovirelaineApp& app) {
+    SoundSettings sound;
+    sound.preset = session.PlugIn().GetProgram();
+    const CVoicePresetBank& presets = session.PlugIn().Presets();
+    for (std::int32_t preset = 0; preset < kPresetCount; ++preset)
+        sound.presets[static_cast<std::size_t>(preset)] = StripsOfSettings(presets.GetVoices(preset));
+    sound.voices = PresentStrips(app);
+    sound.tuning = app.TuningPanel().GetFrequency();
+    sound.speed = SpeedOf(app);
+    return sound;
+}
+
+} // namespace
+
+VoiceStrips PresentStrips(CkvovirelaineApp& app) {
+    VoiceSettingsOfAll voices;
+    for (std::int32_t voice = 0; voice < kPresetVoices; ++voice)
+        voices[static_cast<std::size_t>(voice)] = app.VoicePanel().GetSettings(voice);
+    VoiceStrips strips = StripsOfSettings(voices);
+    for (VoiceStrip& strip : strips)
+        for (const StripControl& control : StripControls())
+            strip.*control.value = Rounded(strip.*control.value);
+    return strips;
+}
+
 // One after the other, so that a value which was not asked for keeps its last bit.
 void ChangeStrips(CkvovirelaineApp& app, const VoiceStrips& present, const VoiceStrips& wanted) {
     const VoiceSettingsOfAll before = SettingsOfStrips(present);
@@ -95,25 +145,8 @@ void ChangeStrips(CkvovirelaineApp& app, const VoiceStrips& present, const Voice
     app.PushVoiceSettings();
 }
 
-SoundSettings PresentSound(CommandLineSession& session, CkvovirelaineApp& app) {
-    SoundSettings sound;
-    sound.preset = session.PlugIn().GetProgram();
-    const CVoicePresetBank& presets = session.PlugIn().Presets();
-    for (std::int32_t preset = 0; preset < kPresetCount; ++preset)
-        sound.presets[static_cast<std::size_t>(preset)] = StripsOfSettings(presets.GetVoices(preset));
-    VoiceSettingsOfAll voices;
-    for (std::int32_t voice = 0; voice < kPresetVoices; ++voice)
-        voices[static_cast<std::size_t>(voice)] = app.VoicePanel().GetSettings(voice);
-    sound.voices = StripsOfSettings(voices);
-    sound.tuning = app.TuningPanel().GetFrequency();
-    sound.speed = SpeedOf(app);
-    return sound;
-}
-
-} // namespace
-
 float SpeedOf(const CkvovirelaineApp& app) {
-    return app.IsSyncingTempo() ? app.GetHostTempo() / app.GetMelodyTempo() : 1;
+    return app.IsSyncingTempo() ? Rounded(app.GetHostTempo() / app.GetMelodyTempo()) : 1;
 }
 
 ArrangementSettings PresentSettings(CommandLineSession& session) {

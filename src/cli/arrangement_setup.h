@@ -20,6 +20,10 @@ void ChangeSettings(CommandLineSession& session, const ArrangementSettings& pres
 // Of a session that was just loaded: sets everything.
 void SetUpArrangement(CommandLineSession& session, const ArrangementSettings& settings);
 
+// The strips alone. A value that is the same in both keeps its last bit.
+VoiceStrips PresentStrips(CkvovirelaineApp& app);
+void ChangeStrips(CkvovirelaineApp& app, const VoiceStrips& present, const VoiceStrips& wanted);
+
 // How many times as fast as the recording a session plays.
 float SpeedOf(const CkvovirelaineApp& app);
 

@@ -4,6 +4,9 @@
 #include "cli/arrange_command.h"
 #include "cli/console.h"
 #include "cli/help_texts.h"
+#include "cli/playing_options.h"
+#include "cli/playing_settings.h"
+#include "cli/session_command.h"
 #include "cli/version.h"
 
 #include <CLI/CLI.hpp>
@@ -83,6 +86,22 @@ void AddSoundOptions(CLI::App& command, ArrangeOptions& options) {
     command.add_flag("--stems", options.stems, "Also write a WAV file of each voice");
 }
 
+void AddSessionOptions(CLI::App& command, ArrangeOptions& options) {
+    AddTextOption(command, "--state", options.state, "FILE",
+                  "Begin with this session; its recording need not be named");
+    AddTextOption(command, "--save-state", options.saveState, "FILE", "Leave the session in this file");
+    AddTextOption(command, "--program", options.program, "FILE", "Begin with the strips of this program");
+    AddTextOption(command, "--save-program", options.saveProgram, "FILE",
+                  "Leave the strips as a program in this file");
+    AddTextOption(command, "--blocks", options.blocks, "N",
+                  "Play the mix in blocks of N frames, with its fades, in place of exporting it");
+    AddTextOption(command, "--midi-in", options.midiIn, "FILE.mid",
+                  "Play these keys into it (in blocks of 512 unless told)");
+    AddTextOption(command, "--live", options.live, "INPUT",
+                  "What the keys are: harmonies, pitches or trigger (default: harmonies)");
+    command.add_flag("--record", options.record, "Keep what the keys make of the voices");
+}
+
 CLI::App* AddArrange(CLI::App& program, ArrangeOptions& options) {
     CLI::App* command = program.add_subcommand("arrange", kArrangeDescription);
     command->footer(kArrangeFooter);
@@ -116,10 +135,25 @@ CLI::App* AddArrange(CLI::App& program, ArrangeOptions& options) {
     AddTextOption(*command, "--region", options.region, "START:END",
                   "Seconds of the recording that go into sound and MIDI files (default: all)");
     AddSoundOptions(*command, options);
+    AddSessionOptions(*command, options);
     command->add_flag("--json", options.json, "Print JSON in place of the summary");
     command->add_flag("--list", options.list, "Print styles, arrangements, scales and intervals, and end");
     command->add_flag("--small-picture", options.smallPicture,
                       "Draw the picture for the column of a text, without loudness");
+    command->add_flag_callback(
+        "--no-cache", [&options] { options.useCache = false; },
+        "Neither use nor keep results of the analysis beside the recording");
+    command->add_flag("--quiet", options.quiet, "Show no progress bar");
+    return command;
+}
+
+CLI::App* AddSession(CLI::App& program, SessionOptions& options) {
+    CLI::App* command = program.add_subcommand("session", kSessionDescription);
+    command->footer(kSessionFooter);
+    command->add_option("--script", options.script, "The commands, one a line")->type_name("FILE");
+    AddTextOption(*command, "--blocks", options.blocks, "N",
+                  "Frames in a block of what is played, 1 to 8192 (default: 512)");
+    command->add_flag("--list", options.list, "Print the commands, and end");
     command->add_flag_callback(
         "--no-cache", [&options] { options.useCache = false; },
         "Neither use nor keep results of the analysis beside the recording");
@@ -141,9 +175,17 @@ int CheckAndAnalyse(const AnalyseOptions& options, const CLI::App* command, cons
 
 int CheckAndArrange(const ArrangeOptions& options, const CLI::App* command, const Console& console) {
     ArrangementSettings settings;
-    std::string wrong = ReadSettings(options, settings);
+    PlayingSettings playing;
+    std::string wrong = options.state ? "" : ReadSettings(options, settings);
     if (wrong.empty()) wrong = FindWrongUse(options, settings);
-    return wrong.empty() ? RunArrange(options, settings, console) : WrongUse(console, command, wrong);
+    if (wrong.empty()) wrong = ReadPlaying(options, playing);
+    return wrong.empty() ? RunArrange(options, settings, playing, console)
+                         : WrongUse(console, command, wrong);
+}
+
+int CheckAndRunSession(const SessionOptions& options, const CLI::App* command, const Console& console) {
+    const std::string wrong = FindWrongUse(options);
+    return wrong.empty() ? RunSession(options, console) : WrongUse(console, command, wrong);
 }
 
 int ParseAndRun(const std::vector<std::string>& arguments, const Console& console) {
@@ -155,8 +197,12 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Console& consol
     CLI::App* analyse = AddAnalyse(program, analyseOptions);
     ArrangeOptions arrangeOptions;
     CLI::App* arrange = AddArrange(program, arrangeOptions);
+    SessionOptions sessionOptions;
+    CLI::App* session = AddSession(program, sessionOptions);
     const auto chosen = [&]() -> const CLI::App* {
-        return analyse->parsed() ? analyse : arrange->parsed() ? arrange : nullptr;
+        for (const CLI::App* command : {analyse, arrange, session})
+            if (command->parsed()) return command;
+        return nullptr;
     };
     const auto isFirst = [&](const CLI::App* command) { return command->check_name(arguments[0]); };
     if (!arguments.empty() && !arguments[0].starts_with('-') && program.get_subcommands(isFirst).empty()) {
@@ -173,6 +219,7 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Console& consol
     } catch (const CLI::ParseError& error) {
         return WrongUse(console, chosen(), error.what());
     }
+    if (session->parsed()) return CheckAndRunSession(sessionOptions, session, console);
     return arrange->parsed() ? CheckAndArrange(arrangeOptions, arrange, console)
                              : CheckAndAnalyse(analyseOptions, analyse, console);
 }

@@ -39,6 +39,7 @@ int Console::ExitCodeOf(Written written) const {
 
 void Console::Complain(std::string_view name, std::string_view text) const {
     std::string line = "sonorelle: ";
+    if (place != nullptr && !place->empty()) line += PrintableText(*place) + ": ";
     if (!name.empty()) line += PrintableText(name) + ": ";
     line += PrintableText(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), err);

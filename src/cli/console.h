@@ -28,6 +28,8 @@ struct Console {
     std::FILE* err = nullptr;
     // Set from a signal handler; commands look at it between their steps.
     const std::atomic<bool>* cancelled = nullptr;
+    // What stands in front of each complaint while a script runs: its file and line. May be null.
+    const std::string* place = nullptr;
 
     bool IsCancelled() const { return cancelled != nullptr && cancelled->load(std::memory_order_relaxed); }
     // Columns of the terminal that `err` is; 0 when it is none.

@@ -9,8 +9,10 @@ inline constexpr const char* kDescription =
 inline constexpr const char* kFooter = "Examples:\n"
                                        "  sonorelle analyse song.wav --picture song.svg\n"
                                        "  sonorelle arrange song.wav -o out\n"
+                                       "  sonorelle session --script song.script\n"
                                        "\n"
-                                       "'sonorelle analyse --help' and 'sonorelle arrange --help' tell more.";
+                                       "'sonorelle analyse --help', 'sonorelle arrange --help' and\n"
+                                       "'sonorelle session --help' tell more.";
 inline constexpr const char* kAnalyseDescription =
     "Finds the notes, the key and the tuning of each recording and prints them as a table.";
 inline constexpr const char* kAnalyseFooter =
@@ -64,6 +66,17 @@ inline constexpr const char* kArrangeFooter =
     "--speed 2 sings twice as fast: the sound and the MIDI notes last half as long,\n"
     "at the same pitch. The picture and JSON keep to the time of the recording.\n"
     "\n"
+    "--save-state leaves the whole session in a file, as a sequencer keeps it in its\n"
+    "project; --state takes it up again. Options given with --state change what the\n"
+    "session says. Its recording is looked for where it was; a FILE of the same name\n"
+    "stands in for one that has moved. A program (--save-program, --program) is the\n"
+    "strips alone.\n"
+    "\n"
+    "--midi-in plays keys along with the region, its time 0 being that of the\n"
+    "recording: --live harmonies sings the melody in held chords, pitches gives each\n"
+    "voice a held key, trigger plays the region or a snapshot with its key. With\n"
+    "--record what was played stays in MIDI, JSON and state.\n"
+    "\n"
     "JSON is one object a recording, each on a line of its own; its pitches are those\n"
     "before transposing.\n"
     "\n"
@@ -76,5 +89,22 @@ inline constexpr const char* kArrangeFooter =
     "  sonorelle arrange song.wav --root Eb --scale \"harmonic minor\" --range 0\n"
     "  sonorelle arrange song.wav --style \"parallel manual 4\" --intervals 0,2,4,-7\n"
     "  sonorelle arrange song.wav --stems --voice red:vol=0.7,pan=-0.5 --voice 3:mute";
+
+inline constexpr const char* kSessionDescription = "Leads a session without a window: loads, sets, edits, "
+                                                   "plays, saves and exports by the lines of a script.";
+inline constexpr const char* kSessionFooter =
+    "A script has one command a line. What stands behind a # is a comment; names with\n"
+    "blanks stand in quotation marks. The first line that fails ends the run.\n"
+    "'sonorelle session --list' prints the commands:\n"
+    "\n"
+    "  load song.wav\n"
+    "  set style block\n"
+    "  voice red vol=0.7 pan=-0.5\n"
+    "  snapshot add \"Verse 1\" 62\n"
+    "  export audio out.wav\n"
+    "  state save song.state\n"
+    "\n"
+    "Exit codes: 0 done; 1 a line failed (those before it were done); 2 wrong use; 130\n"
+    "cancelled by Ctrl-C.";
 
 } // namespace sonorelle

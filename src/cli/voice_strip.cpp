@@ -24,14 +24,10 @@ constexpr std::array<StripControl, 8> kControls = {{
     {"time", 0, 100, "%", &VoiceStrip::time},
 }};
 
-// From the strips' units to those of the bank, and the other way round. Each way has a factor of its own that
-// is exact or nearest: round values of the presets stay round.
-constexpr float kSharePerPercent = 0.01F;
+// From the bank's units to those of the strips.
 constexpr float kPercentPerShare = 100;
-constexpr float kSecondsPerMillisecond = 0.001F;
 constexpr float kMillisecondsPerSecond = 1000;
-constexpr float kTimingPerPercent = 0.002F; // seconds: 200 ms at the top
-constexpr float kPercentPerTiming = 500;
+constexpr float kPercentPerTiming = 500; // 200 ms at the top
 constexpr float kSemitonesPerOctave = 12;
 
 VoiceStrip StripOfSettings(const VoiceSettings& settings) {
@@ -105,16 +101,25 @@ VoiceStrips StripsOfSettings(const VoiceSettingsOfAll& voices) {
     return strips;
 }
 
+// Rounded to the digits that a session's document has: a value comes back from there as it was, to the bit.
 VoiceSettings SettingsOfStrip(const VoiceStrip& strip) {
+    const auto stored = [](double value) {
+        constexpr double kDigits = 1e8;
+        return static_cast<float>(std::round(value * kDigits) / kDigits);
+    };
+    const auto divided = [&](float value, float unit) {
+        return stored(static_cast<double>(value) / static_cast<double>(unit));
+    };
     VoiceSettings settings;
-    settings.vol = strip.vol;
-    settings.pan = strip.pan;
-    settings.quantize = strip.tune * kSharePerPercent;
-    settings.delay = strip.delay * kSecondsPerMillisecond;
-    settings.formantShift = std::exp2(strip.shape / kSemitonesPerOctave);
-    settings.drift = 1 - strip.drift * kSharePerPercent;
-    settings.glide = strip.glide * kSharePerPercent;
-    settings.timing = strip.time * kTimingPerPercent;
+    settings.vol = stored(static_cast<double>(strip.vol));
+    settings.pan = stored(static_cast<double>(strip.pan));
+    settings.quantize = divided(strip.tune, kPercentPerShare);
+    settings.delay = divided(strip.delay, kMillisecondsPerSecond);
+    settings.formantShift =
+        stored(std::exp2(static_cast<double>(strip.shape) / static_cast<double>(kSemitonesPerOctave)));
+    settings.drift = stored(1 - static_cast<double>(strip.drift) / static_cast<double>(kPercentPerShare));
+    settings.glide = divided(strip.glide, kPercentPerShare);
+    settings.timing = divided(strip.time, kPercentPerTiming);
     settings.mute = strip.mute;
     settings.solo = strip.solo;
     return settings;

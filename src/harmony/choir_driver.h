@@ -208,8 +208,9 @@ public:
     // is muted.
     void SetRecordLive(bool flag);
     bool GetRecordLive() const { return recordLive; }
-    void SetLiveBypass(bool flag); // the stored voices sound, whatever is held
-    void ResetLive();              // playback has jumped
+    void DropRecording() { recordLive = false; } // what was kept is forgotten; the voices stay
+    void SetLiveBypass(bool flag);               // the stored voices sound, whatever is held
+    void ResetLive();                            // playback has jumped
 
     // The held keys have changed: kHeldKeys places, -1 for an empty one. Gives the index of the note before
     // the one that they are meant for. `count` says how many are held; the places alone decide.
