@@ -33,6 +33,7 @@
 #include "app/midi_export.h"
 #include "app/pitch_view.h"
 #include "app/playback_settings.h"
+#include "app/seam.h"
 #include "app/snapshots.h"
 #include "app/state_document.h"
 #include "app/sub_application.h"
@@ -278,6 +279,8 @@ private:
     // Sound.
     std::int32_t CountOutputs(float* const* outputs) const;
     double Speed() const; // samples of the recording that pass with one of the output; AudioLock is held
+    bool BeginHostBlock(float* const* outputs, std::int32_t outputCount, std::int32_t frames,
+                        std::int32_t& done);
     void DeliverTail(float* const* outputs, std::int32_t outputCount, std::int32_t frames,
                      std::int32_t& done);
     void DeliverLeadIn(std::int32_t frames, std::int32_t& done);
@@ -291,6 +294,7 @@ private:
     void SetMidiOut(bool on);
     void MoveTo(double newPosition);
     bool HasReachedStop() const;
+    void CutSound(std::int32_t at);
     void EndAtStop();
     void FadeToStop(float* const* outputs, std::int32_t outputCount, std::int32_t frames, std::int32_t done);
     void FollowLiveNote();
@@ -433,6 +437,8 @@ private:
     std::int32_t leadIn = 0; // samples of silence before the recording begins
     bool midiOut = false;    // the bank sends notes
     CVoiceMix mix;
+    CSeam seam;            // where the sound is cut
+    bool sounding = false; // the last block was mixed
 
     // State of the run.
     std::atomic<std::int32_t> analysisState{0}; // 1 running, 0 done, -1 cancelled

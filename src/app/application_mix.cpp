@@ -52,26 +52,35 @@ std::int32_t CkvovirelaineApp::ProcessAudio(float* const* outputs, std::int32_t 
     Clear(outputs, outputCount, 0, frames);
     if (!HasAudio()) return 0;
     std::int32_t done = 0;
-    {
-        const SpinGuard guard(wiring.audioLock);
-        if (exporting.load(std::memory_order_relaxed)) {
-            mix.Fade().Silence(); // the bank is the export's
-            return 0;
+    if (BeginHostBlock(outputs, outputCount, frames, done)) {
+        while (done < frames && DeliverBlock(outputs, outputCount, frames, done)) {
         }
-        if (!IsPlaying() && blockFill == 0) {
-            mix.Fade().Silence();
-            bank.ClearVoices();
-            return 0;
-        }
-        bank.SetBlockOrigin(position.load(std::memory_order_relaxed));
-        DeliverTail(outputs, outputCount, frames, done);
-        DeliverLeadIn(frames, done);
-    }
-    while (done < frames && DeliverBlock(outputs, outputCount, frames, done)) {
     }
     const SpinGuard guard(wiring.audioLock);
     blockFill = IsPlaying() ? blockFill % wiring.blockSize : 0;
+    seam.Close(outputs, outputCount, frames);
     return 0;
+}
+
+// False when nothing sounds in this block of the host.
+bool CkvovirelaineApp::BeginHostBlock(float* const* outputs, std::int32_t outputCount, std::int32_t frames,
+                                      std::int32_t& done) {
+    const SpinGuard guard(wiring.audioLock);
+    if (exporting.load(std::memory_order_relaxed)) {
+        mix.Fade().Silence(); // the bank is the export's
+        CutSound(0);
+        return false;
+    }
+    if (!IsPlaying() && blockFill == 0) {
+        mix.Fade().Silence();
+        bank.ClearVoices();
+        CutSound(0);
+        return false;
+    }
+    bank.SetBlockOrigin(position.load(std::memory_order_relaxed));
+    DeliverTail(outputs, outputCount, frames, done);
+    DeliverLeadIn(frames, done);
+    return true;
 }
 
 // What the last call has left of its block.
@@ -89,6 +98,7 @@ void CkvovirelaineApp::DeliverTail(float* const* outputs, std::int32_t outputCou
     const std::int32_t kept = std::clamp(TruncateToI32(done - late), 0, frames);
     EndAtStop();
     Clear(outputs, outputCount, kept, frames - kept);
+    CutSound(kept);
     blockFill = 0;
     done = frames;
 }
@@ -106,15 +116,20 @@ void CkvovirelaineApp::DeliverLeadIn(std::int32_t frames, std::int32_t& done) {
 bool CkvovirelaineApp::DeliverBlock(float* const* outputs, std::int32_t outputCount, std::int32_t frames,
                                     std::int32_t& done) {
     const SpinGuard guard(wiring.audioLock);
-    if (exporting.load(std::memory_order_relaxed)) return false;
+    if (exporting.load(std::memory_order_relaxed)) {
+        CutSound(done);
+        return false;
+    }
     const std::int32_t count = std::min(frames - done, wiring.blockSize);
     if (RenderBlock() != kOk) Stop();
+    if (!IsPlaying() || !IsInsideRegion()) CutSound(done);
     if (!IsPlaying()) {
         if (!IsTriggeredBySnapshots() && midiOut) bank.AllNotesOff();
     } else if (position.load(std::memory_order_relaxed) > playEnd.load(std::memory_order_relaxed)) {
         if (IsTriggeredBySnapshots()) Stop();
         EndMidi();
     } else if (IsInsideRegion()) {
+        sounding = true;
         const double left =
             playEnd.load(std::memory_order_relaxed) - position.load(std::memory_order_relaxed);
         if (left < kFadeBeforeEnd && mix.Fade().IsFadingIn()) mix.Fade().FadeOut();
@@ -198,6 +213,12 @@ bool CkvovirelaineApp::HasReachedStop() const {
            position.load(std::memory_order_relaxed) >= stopPosition.load(std::memory_order_relaxed);
 }
 
+// Nothing sounds from sample `at` of the host's block on.
+void CkvovirelaineApp::CutSound(std::int32_t at) {
+    if (sounding) seam.CutAt(at);
+    sounding = false;
+}
+
 void CkvovirelaineApp::EndAtStop() {
     if (IsTriggeredBySnapshots()) Stop();
     bank.AllNotesOff();
@@ -214,6 +235,7 @@ void CkvovirelaineApp::FadeToStop(float* const* outputs, std::int32_t outputCoun
         for (std::int32_t i = 0; i < kept; ++i)
             outputs[output][i] *= static_cast<float>(kept - i) / static_cast<float>(kept);
     Clear(outputs, outputCount, kept, frames - kept);
+    CutSound(kept); // a line of a few samples is a step, too
 }
 
 // A note that is reached while keys are held sounds in what they make of it; the view learns of it at the

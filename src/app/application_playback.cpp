@@ -154,6 +154,7 @@ void CkvovirelaineApp::GoTo(double target) {
     if (exporting.load(std::memory_order_relaxed)) return; // the bank is the export's
     const bool isThere = IsPlaying() && !bankAway && position.load(std::memory_order_relaxed) == target;
     if (!isThere) {
+        if (IsPlaying() && sounding) seam.Cut();
         double reached = std::max(target, 0.0);
         leadIn = target < 0 ? TruncateToI32(std::round(-target / TempoRatio())) : 0;
         blockFill = 0;

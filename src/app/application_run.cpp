@@ -194,6 +194,7 @@ bool CkvovirelaineApp::SetUpBank() {
 
 void CkvovirelaineApp::FillPanels() {
     ReloadPanels();
+    choirPanel.GetChordsChanged(); // these chords are new: those that the user chooses next are to stay
     ShowVoiceCount();
     playStart.store(0, std::memory_order_relaxed);
     playEnd.store(GetMelodyEnd(), std::memory_order_relaxed);

@@ -145,6 +145,7 @@ TEST(ApplicationKeys, OnlyTheKeyOfWhatPlaysStopsIt) {
     EXPECT_TRUE(session.app->IsPlaying()); // fading
     session.Process(128, 64);
     EXPECT_FALSE(session.app->IsPlaying());
+    session.Process(CSeam::kLength, 64);
     EXPECT_EQ(LoudestOf(session.Process(640, 64)[0]), 0.0F);
 }
 
