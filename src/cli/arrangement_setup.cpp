@@ -26,26 +26,11 @@ bool IsSameHarmony(const ArrangementSettings& a, const ArrangementSettings& b) {
            a.spread == b.spread && a.intervals == b.intervals && a.transpose == b.transpose;
 }
 
-// A session keeps how its tempo stands to the host's from the time when its beginning was last set: set anew,
-// at its place.
-void AnchorTempo(CkvovirelaineApp& app) {
-    CkvovirelainePlaybackSettings& panel = app.PlaybackPanel();
-    const bool sync = panel.GetSyncTempo();
-    panel.SetOffset(panel.GetOffset());
-    panel.SetSyncTempo(true);
-    app.OnPlaybackChanged();
-    panel.ClearOffsetSet();
-    if (sync) return;
-    panel.SetSyncTempo(false);
-    app.OnPlaybackChanged();
-}
-
 void SetTempo(CommandLineSession& session, const ArrangementSettings& settings) {
     session.SetTempo(static_cast<double>(settings.tempo));
     session.With([&](CkvovirelaineApp& app) {
         const float melodyTempo = settings.tempo / settings.sound.speed;
         if (app.GetMelodyTempo() != melodyTempo) app.SetMelodyTempo(melodyTempo);
-        AnchorTempo(app);
     });
 }
 
@@ -59,13 +44,13 @@ void SetHarmony(CkvovirelaineApp& app, const ArrangementSettings& settings) {
     if (settings.scale) melody.SetScale(*settings.scale);
     choir.SetScale(settings.harmonyScale.value_or(melody.GetScale()));
     choir.SetRoot(PitchClass(melody.GetRoot() + settings.transpose));
-    choir.SetSnapToScale(settings.snap);
     choir.SetVoiceArrangement(settings.voiceRange);
     choir.SetVoiceRange(settings.spread);
     for (std::size_t voice = 0; voice < settings.intervals.size(); ++voice)
         choir.SetInterval(static_cast<std::int32_t>(voice),
                           ListPositionOfInterval(settings.intervals[voice]));
-    app.OnChoirSettingsChanged();
+    choir.SetSnapToScale(!settings.snap);
+    choir.ToggleSnap();                                       // which has the chords found anew
     app.SetTranspose(static_cast<float>(settings.transpose)); // the roots tell of no octaves
 }
 

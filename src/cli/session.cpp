@@ -50,6 +50,26 @@ double RoundTempo(double tempo) {
     return std::round(tempo * kThousandths) / kThousandths;
 }
 
+// The host's tempo as a document tells it: by how the melody's stood to it when the beginning was last set.
+double HostTempoOf(const CkvovirelaineApp& app) {
+    const auto factor = static_cast<double>(app.GetTempoRescaleSyncFactor());
+    const auto melodyTempo = static_cast<double>(app.GetMelodyTempo());
+    return factor == 1 ? melodyTempo : RoundTempo(melodyTempo * factor);
+}
+
+// Sets the beginning anew, at its place, so that the document tells how the tempi stand now.
+void AnchorTempo(CkvovirelaineApp& app) {
+    CkvovirelainePlaybackSettings& panel = app.PlaybackPanel();
+    const bool sync = panel.GetSyncTempo();
+    panel.SetOffset(panel.GetOffset());
+    panel.SetSyncTempo(true);
+    app.OnPlaybackChanged();
+    panel.ClearOffsetSet();
+    if (sync) return;
+    panel.SetSyncTempo(false);
+    app.OnPlaybackChanged();
+}
+
 CacheUse CacheUseOf(const CkvovirelaineApp& app) {
     return app.WasCacheLoaded()    ? CacheUse::kLoaded
            : app.WasCacheWritten() ? CacheUse::kWritten
@@ -143,9 +163,7 @@ std::string CommandLineSession::WhyNotRestored(const std::string& name) {
 void CommandLineSession::TakeTempoOfDocument() {
     constexpr double kLimit = 999;
     With([this](CkvovirelaineApp& app) {
-        const auto factor = static_cast<double>(app.GetTempoRescaleSyncFactor());
-        const auto melodyTempo = static_cast<double>(app.GetMelodyTempo());
-        const double tempo = factor == 1 ? melodyTempo : RoundTempo(melodyTempo * factor);
+        const double tempo = HostTempoOf(app);
         host.SetTempo(tempo > 0 && tempo < kLimit ? tempo : CommandLineHost::kUsualTempo);
         host.SetMetre(app.GetTimeSigNumerator(), app.GetTimeSigDenominator());
     });
@@ -174,6 +192,10 @@ MelodyReport CommandLineSession::ReportMelody() {
 }
 
 bool CommandLineSession::Save(const std::string& path, bool isProgram) {
+    if (!isProgram)
+        With([this](CkvovirelaineApp& app) {
+            if (RoundTempo(HostTempoOf(app)) != RoundTempo(host.GetTempo())) AnchorTempo(app);
+        });
     const void* data = nullptr;
     const std::int32_t size = plugIn.GetChunk(data, isProgram);
     CAtomicFileWriter writer;

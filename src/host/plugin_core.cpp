@@ -14,8 +14,7 @@ namespace sonorelle {
 CvirelainePlugIn::CvirelainePlugIn(CkvoHost* pluginHost, CkvoToolkit& plugInToolkit,
                                    const PlugInOptions& plugInOptions)
     : CkvoPlugInBase(pluginHost), toolkit(plugInToolkit), options(plugInOptions),
-      // A save keeps the present state for a moment as one snapshot more than users may have.
-      store(CSnapshotStore::kVersion, CSnapshotStore::kUndoLimit, CkvovirelaineSnapshots::kRoom) {
+      store(CSnapshotStore::kVersion, CSnapshotStore::kUndoLimit, CkvovirelaineSnapshots::kMostSnapshots) {
     midiRecords.reserve(CkvoMidiEventContainer::kReservedEvents);
     const InterfaceScope scope(*this);
     BecomeEmpty();

@@ -1,5 +1,6 @@
 #include "host/vst_window.h"
 
+#include "app/application.h"
 #include "host/plugin_core.h"
 #include "ui/display.h"
 #include "ui/fltk_toolkit.h"
@@ -109,7 +110,10 @@ private:
                 state.cutMode,    state.followCursor, state.singleVoice};
     }
 
-    bool IsLoaded() override { return core.IsLoaded(); }
+    CkvoPitchView* PitchView() override {
+        CkvovirelaineApp* application = core.Application();
+        return application != nullptr && application->HasAudio() ? &application->View() : nullptr;
+    }
     void DropText(const std::string& text) override { core.DropText(CvirelainePlugIn::kDroppedText, text); }
     std::string AboutText() override { return CvirelainePlugIn::AboutText(); }
 

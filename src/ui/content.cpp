@@ -1,9 +1,13 @@
 #include "ui/content.h"
 
+#include "app/pitch_view.h"
 #include "ui/label_drawing.h"
+#include "ui/pitch_view_face.h"
 #include "ui/theme.h"
 
 #include <FL/fl_draw.H>
+
+#include <utility>
 
 namespace sonorelle {
 
@@ -11,11 +15,17 @@ namespace {
 
 constexpr Colour kPaper = LerpColour(kPanelColour, kWhite, 0.55F);
 
-// The place of the pitch view, as long as there is none.
+// Within the frame around it.
+Placement PlaceOfView(const Fl_Widget& frame) {
+    constexpr int kLine = 2; // pixels
+    return {frame.x() + kLine, frame.y() + kLine, frame.w() - 2 * kLine, frame.h() - 2 * kLine};
+}
+
+// The place of the pitch view.
 class Middle final : public Fl_Group {
 public:
-    Middle(Placement place, const bool& showText)
-        : Fl_Group(place.x, place.y, place.width, place.height), text(showText) {
+    Middle(Placement place, const std::function<CkvoPitchView*()>& pitchView)
+        : Fl_Group(place.x, place.y, place.width, place.height), currentView(pitchView) {
         box(FL_FLAT_BOX);
         color(ToolkitColour(kPanelColour));
         end();
@@ -23,16 +33,17 @@ public:
 
 protected:
     void draw() override {
-        if ((damage() & ~FL_DAMAGE_CHILD) != 0) {
+        if (const CkvoPitchView* view = currentView()) {
+            DrawFrame(x(), y(), w(), h(), kPanelColour);
+            DrawPitchView(*view, PlaceOfView(*this));
+        } else {
             DrawFrame(x(), y(), w(), h(), kPaper);
-            if (text)
-                DrawLabel(kStartText, kLabelSize, {x(), y(), w(), h()}, LabelAlign::kCentre, kLabelColour);
+            DrawLabel(kStartText, kLabelSize, {x(), y(), w(), h()}, LabelAlign::kCentre, kLabelColour);
         }
-        draw_children();
     }
 
 private:
-    const bool& text;
+    const std::function<CkvoPitchView*()>& currentView;
 };
 
 Placement Moved(Placement place, int x, int y) {
@@ -41,7 +52,8 @@ Placement Moved(Placement place, int x, int y) {
 
 } // namespace
 
-CkvoContent::CkvoContent(Placement place) : Fl_Group(place.x, place.y, place.width, place.height) {
+CkvoContent::CkvoContent(Placement place, std::function<CkvoPitchView*()> pitchView)
+    : Fl_Group(place.x, place.y, place.width, place.height), currentView(std::move(pitchView)) {
     box(FL_FLAT_BOX);
     color(ToolkitColour(kPanelColour));
     const ContentLayout layout = LayOutContent(place.width, place.height);
@@ -57,15 +69,26 @@ CkvoContent::CkvoContent(Placement place) : Fl_Group(place.x, place.y, place.wid
               frame(layout.choir, kChoirTitle),
               frame(layout.snapshots, kSnapshotsTitle)};
     const Placement view = Inset(layout.view.frame, 0, 4, 0, 6); // a little air to the frames around it
-    middle = new Middle(Moved(view, place.x, place.y), startText);
+    middle = new Middle(Moved(view, place.x, place.y), currentView);
     end();
     resizable(middle);
 }
 
-void CkvoContent::ShowStartText(bool shown) {
-    if (startText == shown) return;
-    startText = shown;
+void CkvoContent::FollowView() {
+    CkvoPitchView* view = currentView();
+    if (view != nullptr) {
+        const Placement place = PlaceOfView(*middle);
+        const PitchViewLayout& layout = view->GetAxes().layout;
+        if (layout.width != place.width || layout.height != place.height)
+            view->SetSize(place.width, place.height);
+    }
+    if ((view != nullptr) == viewShown) return;
+    viewShown = view != nullptr;
     middle->redraw();
+}
+
+void CkvoContent::RedrawPanels() {
+    if (viewShown) middle->redraw();
 }
 
 } // namespace sonorelle

@@ -1,5 +1,5 @@
-// All that lies below the toolbar: the frames of the panels, and the text that stands in the middle while
-// there is no recording.
+// All that lies below the toolbar: the frames of the panels, and in the middle the pitch view, or a text
+// while there is no recording.
 //
 // Threads: within a ToolkitScope.
 
@@ -11,23 +11,27 @@
 #include <FL/Fl_Group.H>
 
 #include <array>
+#include <functional>
 
 namespace sonorelle {
+
+class CkvoPitchView;
 
 class CkvoContent final : public Fl_Group {
 public:
     static constexpr std::size_t kFrames = 6; // those with a title
 
-    explicit CkvoContent(Placement place);
-    void ShowStartText(bool shown);
-    void RedrawPanels() {} // none yet has anything that changes
-    bool IsStartTextShown() const { return startText; }
+    // `pitchView` gives what is to be drawn, or null; it is asked while the widgets are at work.
+    CkvoContent(Placement place, std::function<CkvoPitchView*()> pitchView);
+    void FollowView();   // what it shows came or went
+    void RedrawPanels(); // what it shows has changed
     const CkvoToolWindow& Frame(std::size_t index) const { return *frames[index]; }
 
 private:
     std::array<CkvoToolWindow*, kFrames> frames{}; // owned by the toolkit, as widgets are
     Fl_Group* middle = nullptr;
-    bool startText = true;
+    std::function<CkvoPitchView*()> currentView;
+    bool viewShown = false;
 };
 
 } // namespace sonorelle

@@ -8,9 +8,7 @@
 #include <FL/x.H>
 
 #include <atomic>
-#include <clocale>
 #include <mutex>
-#include <string>
 #include <unistd.h>
 
 namespace sonorelle {
@@ -56,17 +54,6 @@ SharedDisplay::~SharedDisplay() {
 
 void AfterLoss(Display*, void*) { shared.lost.store(true, std::memory_order_relaxed); }
 
-// What the toolkit sets up with its display belongs to the process: the error handlers and the locale.
-void HandToToolkit(Display* display) {
-    const char* current = std::setlocale(LC_ALL, nullptr);
-    const std::string locale = current != nullptr ? current : "C";
-    XSetIOErrorExitHandler(display, AfterLoss, nullptr);
-    fl_open_display(display);
-    std::setlocale(LC_ALL, locale.c_str());
-    XSetErrorHandler(OnError);
-    XSetIOErrorHandler(OnLoss);
-}
-
 } // namespace
 
 bool IsDisplayOpen() {
@@ -76,9 +63,12 @@ bool IsDisplayOpen() {
 bool OpenDisplay() {
     const ToolkitScope scope;
     if (shared.open.load(std::memory_order_relaxed)) return IsDisplayOpen();
+    // Were the toolkit to open it itself, it would end the process where there is none, and set the process's
+    // locale and error handlers.
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr) return false;
-    HandToToolkit(display);
+    XSetIOErrorExitHandler(display, AfterLoss, nullptr);
+    fl_open_display(display);
     shared.opener = getpid();
     shared.open.store(true, std::memory_order_relaxed);
     LoadTheme();

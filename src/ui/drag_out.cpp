@@ -19,9 +19,7 @@ namespace {
 
 constexpr long kProtocolVersion = 5;
 constexpr std::chrono::seconds kPatience{3}; // with a target that does not answer
-// For a target that thanks first and then asks for what it was given.
-constexpr std::chrono::milliseconds kAfterwards{500};
-constexpr double kPass = 0.02; // seconds that one pass of the events waits at most
+constexpr double kPass = 0.02;               // seconds that one pass of the events waits at most
 
 using Clock = std::chrono::steady_clock;
 
@@ -99,15 +97,14 @@ private:
     bool TakeMessage(const XClientMessageEvent& message) {
         if (message.window != source) return false;
         if (message.message_type == status) {
-            answered = true;
             accepted = (message.data.l[1] & 1) != 0;
             if (released) Drop();
             return true;
         }
         if (message.message_type == finished) {
-            taken = true;
-            deadline = Clock::now() + kAfterwards;
-            done = fetched;
+            // Older targets do not say whether they took it.
+            taken = target.version < kProtocolVersion || (message.data.l[1] & 1) != 0;
+            done = true;
             return true;
         }
         return false;
@@ -119,7 +116,6 @@ private:
             if (target.window != 0) Send(leave, {0, 0, 0, 0});
             target = now;
             accepted = false;
-            answered = false;
             if (target.window != 0)
                 Send(enter, {std::min(target.version, kProtocolVersion) << 24, static_cast<long>(uriList),
                              static_cast<long>(utf8), static_cast<long>(text)});
@@ -197,9 +193,6 @@ private:
             reply.xselection.property = None;
         XSendEvent(fl_display, request.requestor, False, NoEventMask, &reply);
         XFlush(fl_display);
-        if (!dropped || request.target == targets) return;
-        fetched = true;
-        done = taken;
     }
 
     bool Provide(Window window, Atom property, Atom type) const {
@@ -238,11 +231,9 @@ private:
     const Atom text = AtomOf("text/plain");
 
     Target target;
-    bool answered = false;
     bool accepted = false;
     bool released = false;
     bool dropped = false;
-    bool fetched = false; // what was dropped
     bool taken = false;
     bool done = false;
     Time releaseTime = 0;

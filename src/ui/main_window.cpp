@@ -75,7 +75,7 @@ CkvoDNDWindow::CkvoDNDWindow(CkvoMainWindowOwner& windowOwner)
             }
         });
     });
-    content = new CkvoContent(kContent);
+    content = new CkvoContent(kContent, [this] { return owner.PitchView(); });
     progress = new CkvoProgressWindow;
     end();
     progress->hide();
@@ -150,7 +150,8 @@ void CkvoDNDWindow::Follow() {
     if (!IsOpen()) return;
     if (std::exchange(pictureMissed, false)) redraw();
     toolbar->Show(owner.GetToolbarLook());
-    content->ShowStartText(!owner.IsLoaded());
+    const OwnerScope entered(owner);
+    if (entered) content->FollowView();
 }
 
 // An action may close the window, and so forget the others.

@@ -11,6 +11,8 @@
 
 namespace sonorelle {
 
+class CkvoPitchView;
+
 class CkvoMainWindowOwner {
 public:
     CkvoMainWindowOwner() = default;
@@ -20,7 +22,8 @@ public:
 
     virtual void PressToolbar(ToolbarButton button) = 0; // any but the logo; may ask the user, may take long
     virtual ToolbarLook GetToolbarLook() = 0;
-    virtual bool IsLoaded() = 0;
+    // Null: nothing is loaded. Only between TryEnterInterface and LeaveInterface.
+    virtual CkvoPitchView* PitchView() = 0;
     // The text as it was dropped, or the path where it was that of a file.
     virtual void DropText(const std::string& text) = 0;
     virtual std::string AboutText() = 0;     // the version

@@ -37,7 +37,6 @@ int CkvoToolbarButton::handle(int event) {
         redraw();
         if (event == FL_ENTER) return 1;
     }
-    if (event == FL_SHORTCUT || event == FL_KEYBOARD) return 0;
     return Fl_Button::handle(event);
 }
 

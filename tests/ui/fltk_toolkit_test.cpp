@@ -4,6 +4,8 @@
 #include <X11/keysym.h>
 
 #include <chrono>
+#include <clocale>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -237,7 +239,36 @@ TEST_F(FltkToolkit, OtherThreadsAskNobody) {
     }).join();
 }
 
-// In a program of its own: this one has a display.
+int HandlerOfHost(Display*, XErrorEvent*) { return 0; }
+
+// The two below run in programs of their own, since this one has its display already.
+TEST(FltkToolkitDeathTest, FirstWindowChangesNothingOfTheHosts) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    if (StartVirtualDisplay().empty()) GTEST_SKIP() << "Xvfb is not installed: no display to open";
+    const auto open = [] {
+        setenv("LC_ALL", "C.UTF-8", 1); // what a library that asks for the user's locale would bring in
+        std::setlocale(LC_ALL, "C");
+        XSetErrorHandler(HandlerOfHost);
+        CHostDisplay user;
+        NotingOwner nobody;
+        bool opened = OpenDisplay();
+        {
+            CkvoDNDWindow first(nobody);
+            opened = opened && first.OpenInside(user.MakeWindow(0, 0, kWindowWidth, kWindowHeight));
+            CFltkToolkit toolkit;
+            toolkit.BeInterfaceThread();
+            for (int pass = 0; pass < 20; ++pass) {
+                toolkit.RunEvents();
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            }
+        }
+        const bool same = std::string(std::setlocale(LC_ALL, nullptr)) == "C" &&
+                          XSetErrorHandler(HandlerOfHost) == HandlerOfHost;
+        std::exit(opened && same ? 0 : 1);
+    };
+    EXPECT_EXIT(open(), ::testing::ExitedWithCode(0), "");
+}
+
 TEST(FltkToolkitDeathTest, WithoutADisplayThereIsNoInterfaceAndNothingWorse) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto tryWithout = [] {

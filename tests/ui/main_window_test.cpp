@@ -1,5 +1,6 @@
 #include "ui/window_stage.h"
 
+#include "app/pitch_view.h"
 #include "ui/content.h"
 #include "ui/info_window.h"
 #include "ui/progress_window.h"
@@ -198,6 +199,29 @@ TEST_F(MainWindow, TakesTheFocusAndGivesItBack) {
     EXPECT_EQ(host->Focus(), parent);
 }
 
+TEST_F(MainWindow, FocusGoesBackToTheVeryWindowThatHadIt) {
+    const Window field = host->MakeWindow(0, 0, 20, 20); // not one that it would fall back to by itself
+    XSetInputFocus(host->Get(), field, RevertToParent, CurrentTime);
+    host->Sync();
+    ASSERT_TRUE(window->OpenInside(parent));
+    WorkFor(0.1);
+    ASSERT_EQ(host->Focus(), host->OnlyChild(parent));
+    window->CloseInside();
+    EXPECT_EQ(host->Focus(), field);
+    host->Destroy(field);
+}
+
+TEST_F(MainWindow, FocusOfAWindowThatIsGoneGoesToTheHosts) {
+    const Window field = host->MakeWindow(0, 0, 20, 20);
+    XSetInputFocus(host->Get(), field, RevertToParent, CurrentTime);
+    host->Sync();
+    ASSERT_TRUE(window->OpenInside(parent));
+    WorkFor(0.1);
+    host->Destroy(field);
+    window->CloseInside();
+    EXPECT_EQ(host->Focus(), parent);
+}
+
 TEST_F(MainWindow, TakesTheFocusWhenItBecomesVisible) {
     XSetInputFocus(host->Get(), parent, RevertToParent, CurrentTime);
     const Window hidden = host->MakeWindow(kLeft, kTop, 959, 599, false);
@@ -256,7 +280,6 @@ TEST_F(MainWindow, SpaceBarDoesNotPressTheButtonUnderThePointer) {
 
 TEST_F(MainWindow, EveryButtonReachesItsOwner) {
     owner.look = EverythingAnswers();
-    owner.loaded = true;
     ASSERT_TRUE(window->OpenInside(parent));
     ASSERT_TRUE(WaitForPicture());
     for (const ToolbarEntry& entry : kToolbar) {
@@ -326,7 +349,16 @@ TEST_F(MainWindow, WhatIsBeingReplacedIsNeitherDrawnNorClicked) {
     EXPECT_EQ(owner.entered, 0);
 }
 
-TEST_F(MainWindow, StartTextGoesWithARecording) {
+// A sung note of 1 second, alone in a view of 2 seconds.
+void FillWithOneNote(CkvoPitchView& view) {
+    view.SetSampleRate(44100);
+    view.Resize(1, 1);
+    view.SetNote(0, 0, 22050, 60, 0, 1, 44100, 1, 0);
+    view.SetTotal(0, 88200);
+    view.ResetView();
+}
+
+TEST_F(MainWindow, StartTextGivesWayToTheNotesOfARecording) {
     ASSERT_TRUE(window->OpenInside(parent));
     ASSERT_TRUE(WaitForPicture());
     const auto darkPixels = [this] { // in the middle of the view's place
@@ -336,9 +368,40 @@ TEST_F(MainWindow, StartTextGoesWithARecording) {
         return count;
     };
     EXPECT_GT(darkPixels(), 20);
-    owner.loaded = true;
+    CkvoPitchView view;
+    FillWithOneNote(view);
+    owner.view = &view;
     WorkFor(0.1);
-    EXPECT_EQ(darkPixels(), 0);
+    ASSERT_EQ(view.DrawNotes().size(), 1U);
+    const PixelRect note = view.DrawNotes().front().rect;
+    constexpr int kViewLeft = 262; // in the window
+    constexpr int kViewTop = 82;
+    EXPECT_EQ(host->Pixel(parent, kViewLeft + note.x + note.width / 2, kViewTop + note.y + note.height / 2),
+              RgbFromColour(view.DrawNotes().front().colour));
+    owner.view = nullptr;
+    WorkFor(0.1);
+    EXPECT_GT(darkPixels(), 20);
+}
+
+TEST_F(MainWindow, ViewThatHasChangedIsDrawnAgainWhenAsked) {
+    CkvoPitchView view;
+    FillWithOneNote(view);
+    owner.view = &view;
+    ASSERT_TRUE(window->OpenInside(parent));
+    ASSERT_TRUE(WaitForPicture());
+    WorkFor(0.3); // until nothing is left to be drawn for other reasons
+    const PixelRect note = view.DrawNotes().front().rect;
+    const auto pixel = [&] {
+        return host->Pixel(parent, 262 + note.x + note.width / 2, 82 + note.y + note.height / 2);
+    };
+    const unsigned long before = pixel();
+    view.SetNote(0, 0, 22050, -1, 0, 1, 44100, 1, 0); // silent
+    WorkFor(0.05);
+    EXPECT_EQ(pixel(), before);
+    toolkit.RequestRedraw();
+    WorkFor(0.1);
+    EXPECT_NE(pixel(), before);
+    owner.view = nullptr;
 }
 
 TEST_F(MainWindow, FramesHaveTheirTitles) {

@@ -13,6 +13,11 @@
 #include <thread>
 #include <unistd.h>
 
+// Read by LeakSanitizer: the toolkit keeps the fonts that it has opened until the process ends, and has no
+// call that would free them.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig.so\n"; }
+
 namespace sonorelle::testing {
 
 namespace {

@@ -23,7 +23,7 @@ public:
         if (onPress) onPress();
     }
     ToolbarLook GetToolbarLook() override { return look; }
-    bool IsLoaded() override { return loaded; }
+    CkvoPitchView* PitchView() override { return view; }
     void DropText(const std::string& text) override { drops.push_back(text); }
     std::string AboutText() override { return "V1"; }
     std::string UpdateAddress() override { return {}; }
@@ -34,7 +34,7 @@ public:
     void LeaveInterface() override { --entered; }
 
     ToolbarLook look;
-    bool loaded = false;
+    CkvoPitchView* view = nullptr;
     bool busy = false; // what the window shows is being replaced
     int entered = 0;
     std::function<void()> onPress;
