@@ -20,7 +20,8 @@ if(NOT SONORELLE_SANITIZE)
 endif()
 
 install(TARGETS sonorelle_vst LIBRARY DESTINATION lib/vst)
+# The home is that of whoever installs.
 foreach(folder .vst .local/lib/vst)
-  install(FILES $<TARGET_FILE:sonorelle_vst> DESTINATION $ENV{HOME}/${folder}
+  install(CODE "file(INSTALL DESTINATION \"\$ENV{HOME}/${folder}\" TYPE FILE FILES \"$<TARGET_FILE:sonorelle_vst>\")"
           COMPONENT user_plugin EXCLUDE_FROM_ALL)
 endforeach()

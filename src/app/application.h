@@ -268,6 +268,7 @@ private:
     // Run, step by step.
     CSnapshotStore& RegisterOwnElements();
     void ConnectPanels();
+    float ShownSampleRate() const;
     std::int32_t Analyse();
     bool WaitForAnalysis(AnalysisJob& job);
     void MakeArrangement();
@@ -390,6 +391,7 @@ private:
     void RestoreMixer(const SavedVoices& saved);
     void RestorePresets(const std::vector<SavedPreset>& saved);
     void ReturnToSavedArrangement(bool endsWithIt);
+    void TakeVoicesOf(std::int32_t snapshot);
 
     // Wiring.
     ApplicationWiring wiring;
@@ -473,7 +475,8 @@ private:
     std::atomic<std::int32_t> timeSigNumerator{4};
     std::atomic<std::int32_t> timeSigDenominator{4};
     std::atomic<float> sampleRate{44100};
-    std::atomic<double> position{0}; // of the melody; written under AudioLock
+    std::atomic<bool> hostRateKnown{false}; // sampleRate is the host's
+    std::atomic<double> position{0};        // of the melody; written under AudioLock
     double shownPosition = -1;
     std::atomic<double> hostPosition{0};
     std::atomic<double> masterPlaybackStart{0}; // where the melody begins, in samples of the host

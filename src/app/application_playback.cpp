@@ -388,7 +388,9 @@ void CkvovirelaineApp::SetMelodyTempo(float tempo) {
 // is no part of what can be undone.
 void CkvovirelaineApp::SetSampleRate(float rate) {
     const float before = sampleRate.load(std::memory_order_relaxed);
-    if (rate == before || !(rate > 0) || !std::isfinite(rate)) return;
+    if (!(rate > 0) || !std::isfinite(rate)) return;
+    hostRateKnown.store(true, std::memory_order_relaxed);
+    if (rate == before) return;
     sampleRate.store(rate, std::memory_order_relaxed);
     if (!HasAudio()) return;
     playbackPanel.SetSampleRate(rate);

@@ -87,7 +87,7 @@ std::int32_t CkvovirelaineApp::Run() {
     }
     if (Analyse() != kOk) return kCancelled;
     channels = wiring.audio->GetNumChannels();
-    playbackPanel.SetSampleRate(wiring.audio->GetSampleRate());
+    playbackPanel.SetSampleRate(ShownSampleRate());
     MakeArrangement();
     ShowCurve();
     if (!SetUpBank()) return kCancelled;
@@ -98,6 +98,12 @@ std::int32_t CkvovirelaineApp::Run() {
     audioReady.store(true, std::memory_order_relaxed);
     wiring.toolkit.RequestRedraw();
     return kOk;
+}
+
+// Times are shown as the host plays them, in its samples; without a host that tells its rate, in the file's.
+float CkvovirelaineApp::ShownSampleRate() const {
+    return hostRateKnown.load(std::memory_order_relaxed) ? sampleRate.load(std::memory_order_relaxed)
+                                                         : wiring.audio->GetSampleRate();
 }
 
 // A part of a file has no cache: its times are its own.
@@ -173,7 +179,7 @@ void CkvovirelaineApp::ShowCurve() {
 }
 
 void CkvovirelaineApp::ShowNotes() {
-    view.SetSampleRate(analyzer.GetSampleRate());
+    view.SetSampleRate(ShownSampleRate());
     view.SetPitchGrid(kPitchGrid);
     view.SetTotal(0, GetMelodyEnd());
     view.SetZoom(kWholeMelody);

@@ -88,16 +88,29 @@ SavedVoice WithoutDrift(SavedVoice voice) {
     return voice;
 }
 
-// A document has the mixer's drift only in the preset that was the present one of the save, which is the
-// mixer in everything else. Any other preset tells nothing of it.
+// Whether a save with this preset as the present one wrote this mixer, which has no drift of its own.
+bool IsPresetOfMixer(const SavedState& state, std::int32_t index) {
+    if (index < 0 || static_cast<std::size_t>(index) >= state.presets.size()) return false;
+    const SavedVoices& preset = state.presets[static_cast<std::size_t>(index)].voices;
+    return std::equal(
+        preset.begin(), preset.end(), state.mixer.begin(),
+        [](const auto& inPreset, const auto& inMixer) { return WithoutDrift(inPreset) == inMixer; });
+}
+
+// A document does not tell which preset was the present one of the save, but that one is the mixer. `chosen`
+// is kept unless it is the default, which is there without anybody having chosen it.
+std::int32_t PresentPresetOf(const SavedState& state, std::int32_t chosen) {
+    if (chosen != kDefaultPreset || IsPresetOfMixer(state, chosen)) return chosen;
+    for (std::int32_t other = 0; other < kPresetCount; ++other)
+        if (IsPresetOfMixer(state, other)) return other;
+    return chosen;
+}
+
+// A document has the mixer's drift only in the preset that was the present one of the save. Any other preset
+// tells nothing of it.
 void TakeDriftFromPreset(SavedState& state, std::int32_t present) {
-    if (present < 0 || static_cast<std::size_t>(present) >= state.presets.size()) return;
-    const SavedVoices& preset = state.presets[static_cast<std::size_t>(present)].voices;
-    const bool isMixer = std::equal(preset.begin(), preset.end(), state.mixer.begin(),
-                                    [](const auto& inPreset, const auto& inMixer) {
-                                        return WithoutDrift(inPreset) == inMixer; // none of its own
-                                    });
-    if (isMixer) state.mixer = preset;
+    if (IsPresetOfMixer(state, present))
+        state.mixer = state.presets[static_cast<std::size_t>(present)].voices;
 }
 
 template<typename Value>
@@ -239,6 +252,8 @@ std::int32_t CkvovirelaineApp::LoadState(const void* data, std::int32_t size, bo
                                                                      : StateRefusal::kOtherAnalysis;
         return kOk;
     }
+    if (presets != nullptr)
+        currentPreset.store(PresentPresetOf(saved, GetCurrentPreset()), std::memory_order_relaxed);
     TakeDriftFromPreset(saved, GetCurrentPreset());
     const bool endsWithPresentState = saved.snapshots && RestoreSnapshots(*saved.snapshots);
     RestoreMixer(saved.mixer);
@@ -361,8 +376,21 @@ void CkvovirelaineApp::RestorePresets(const std::vector<SavedPreset>& saved) {
 void CkvovirelaineApp::ReturnToSavedArrangement(bool endsWithIt) {
     const std::int32_t last = snapshotPanel.GetCount() - 1;
     if (last >= 0) snapshotPanel.Recall(last);
+    if (IsLiveMode(choirPanel.GetMode())) TakeVoicesOf(last);
     if (endsWithIt) snapshotPanel.Remove(last);
     PushUndo();
+}
+
+// A recall into a live mode runs the choir anew. What was edited by hand since the last run is not to be lost
+// by saving and loading.
+void CkvovirelaineApp::TakeVoicesOf(std::int32_t snapshot) {
+    {
+        const SpinGuard guard(wiring.audioLock);
+        if (!snapshotPanel.RecallQuietly(snapshot)) return;
+        driver.RefreshFromStore();
+        HoldStoredValues();
+    }
+    ShowVoices();
 }
 
 } // namespace sonorelle

@@ -1,5 +1,5 @@
-// GuiLock for the length of a scope, with what is counted while it is held. Only for the sources of
-// CvirelainePlugIn.
+// GuiLock for the length of a scope, with what is counted while it is held; and the length of a call. Only
+// for the sources of CvirelainePlugIn.
 
 #pragma once
 
@@ -28,6 +28,21 @@ private:
         plugIn.guiHolder.store(std::this_thread::get_id(), std::memory_order_relaxed);
     }
 
+    CvirelainePlugIn& plugIn;
+};
+
+// A call that may wait for GuiLock, from its beginning to its end: the destructor waits for those under way.
+// Not around a question to the user, from within which the plug-in may be destroyed.
+class CvirelainePlugIn::CallScope {
+public:
+    explicit CallScope(CvirelainePlugIn& owner) : plugIn(owner) {
+        plugIn.callsUnderWay.fetch_add(1, std::memory_order_relaxed);
+    }
+    ~CallScope() { plugIn.callsUnderWay.fetch_sub(1, std::memory_order_release); } // its last touch
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+
+private:
     CvirelainePlugIn& plugIn;
 };
 

@@ -20,16 +20,21 @@ CvirelainePlugIn::CvirelainePlugIn(CkvoHost* pluginHost, CkvoToolkit& plugInTool
     BecomeEmpty();
 }
 
-// A load on another thread ends first, as cancelled.
+// A load on another thread ends first, as cancelled, and so does whoever waits for it: they find nothing to
+// do.
 CvirelainePlugIn::~CvirelainePlugIn() {
     alive->store(false, std::memory_order_relaxed);
+    const bool isWithinCall = HoldsGuiLock(); // an error; waiting for that call would be one for ever
     while (!guiLock.TryEnterCriticalSection()) {
         CancelLoad();
         std::this_thread::yield();
     }
-    const InterfaceScope scope(*this, std::adopt_lock);
-    TearDown(nullptr);
-    ForgetTimer(); // whatever thread this is: it must not fire any more
+    {
+        const InterfaceScope scope(*this, std::adopt_lock);
+        TearDown(nullptr);
+        ForgetTimer(); // whatever thread this is: it must not fire any more
+    }
+    while (!isWithinCall && callsUnderWay.load(std::memory_order_acquire) > 0) std::this_thread::yield();
 }
 
 void CvirelainePlugIn::CancelLoad() {
@@ -103,13 +108,15 @@ void CvirelainePlugIn::BecomeEmpty() {
 }
 
 void CvirelainePlugIn::CreateEmptyApplication() {
+    const auto stillThere = alive;
     {
+        const CallScope call(*this);
         const InterfaceScope scope(*this);
-        if (loading) return;
+        if (loading || !IsAlive()) return;
         TearDown(nullptr);
         BecomeEmpty();
     }
-    TellUser();
+    if (stillThere->load(std::memory_order_relaxed)) TellUser();
 }
 
 void CvirelainePlugIn::WithApplication(const std::function<void(CkvovirelaineApp&)>& work) {

@@ -28,8 +28,9 @@
 //   GuiLock, that is for the event pass or the load of another thread.
 // - Interface (where the toolkit says so): RunEventPass and the toolbar's operations. What another thread's
 //   restore has to ask or to say waits for the next RunEventPass.
-// - Construction and destruction: any one thread, with no other call under way but a load, which is cancelled
-//   then. Not from within an operation of the same plug-in.
+// - Construction and destruction: any one thread. Loads, saves and restores that other threads have begun end
+//   first, as cancelled or with nothing; no other call is under way, and none begins. Not from within an
+//   operation of the same plug-in.
 
 #pragma once
 
@@ -187,6 +188,7 @@ public:
 private:
     using Document = std::shared_ptr<const std::string>;
     class InterfaceScope;
+    class CallScope;
     struct Message {
         std::string title;
         std::string text;
@@ -229,6 +231,7 @@ private:
     std::int32_t RestoreDocument(const Document& document);
     std::int32_t RestoreLocated(const Document& document, const std::string& path);
     std::int32_t FinishRestore(const Document& document, std::int32_t result);
+    void TakeProgramOfSession();
     std::int32_t LoadProgram(const void* data, std::int32_t size);
     UserState ReadUserState();
     Document SaveSession();
@@ -236,6 +239,7 @@ private:
     std::int32_t HandOut(Document document, const void*& data);
 
     // Interface.
+    bool IsAlive() const { return alive->load(std::memory_order_relaxed); }
     bool HoldsGuiLock() const;
     void ArmPoll();
     void DisarmPoll();
@@ -299,6 +303,8 @@ private:
     mutable CCriticalSection pendingLock;
     std::deque<Message> messages;
     Document question; // whose recording is to be asked for
+
+    std::atomic<std::int32_t> callsUnderWay{0};
 
     // False once this is gone: a dialog may outlast it.
     const std::shared_ptr<std::atomic<bool>> alive = std::make_shared<std::atomic<bool>>(true);

@@ -36,18 +36,21 @@ constexpr std::int32_t kUsualMetre = 4;
 } // namespace
 
 std::int32_t CvirelainePlugIn::LoadAudioFile(const std::string& path) {
+    const auto stillThere = alive;
     std::int32_t result = kOk;
     {
+        const CallScope call(*this);
         const InterfaceScope scope(*this);
         result = RunExclusively([&] { return Load(path); });
     }
-    TellUser();
+    if (stillThere->load(std::memory_order_relaxed)) TellUser();
     return result;
 }
 
 // A session that arrives meanwhile, from within the events, has the last word.
 std::int32_t CvirelainePlugIn::RunExclusively(const std::function<std::int32_t()>& work) {
     if (loading) return kNothingThere;
+    if (!IsAlive()) return kRunFailed;
     loading = true;
     std::int32_t result = kOutOfMemory;
     try {

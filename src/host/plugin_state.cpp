@@ -50,6 +50,7 @@ std::shared_ptr<const std::string> CopyOf(const void* data, std::int32_t size) {
 
 std::int32_t CvirelainePlugIn::GetChunk(const void*& data, bool isPreset) {
     data = nullptr;
+    const CallScope call(*this);
     if (!IsLoaded()) return isPreset ? 0 : HandOut(KeptDocument(), data);
     const InterfaceScope scope(*this);
     if (!IsLoaded()) return isPreset ? 0 : HandOut(KeptDocument(), data);
@@ -111,8 +112,13 @@ UserState CvirelainePlugIn::ReadUserState() {
 
 std::int32_t CvirelainePlugIn::SetChunk(const void* data, std::int32_t size, bool isPreset) {
     if (data == nullptr || size < 1) return 0;
-    const std::int32_t taken = isPreset ? LoadProgram(data, size) : Restore(data, size);
-    TellUser();
+    const auto stillThere = alive;
+    std::int32_t taken = 0;
+    {
+        const CallScope call(*this);
+        taken = isPreset ? LoadProgram(data, size) : Restore(data, size);
+    }
+    if (stillThere->load(std::memory_order_relaxed)) TellUser();
     return taken;
 }
 
@@ -137,7 +143,7 @@ std::int32_t CvirelainePlugIn::Restore(const void* data, std::int32_t size) {
             const SpinGuard guard(fileLock);
             keptDocument.swap(keep);
         }
-        application->CancelAnalysis();
+        if (application) application->CancelAnalysis();
         return 1;
     }
     return RunExclusively([&] { return RestoreDocument(document); }) == kOk ? 1 : 0;
@@ -194,6 +200,7 @@ std::int32_t CvirelainePlugIn::FinishRestore(const Document& document, std::int3
         BecomeEmpty();
         return result;
     }
+    TakeProgramOfSession();
     ConnectApplication();
     ArmPoll();
     ActivateToolbar(true);
@@ -213,6 +220,14 @@ std::int32_t CvirelainePlugIn::FinishRestore(const Document& document, std::int3
     }
     PublishLoaded(whole ? nullptr : document);
     return kOk;
+}
+
+// Where nobody has chosen a program, that of the session goes on: its strips would else be saved into
+// another.
+void CvirelainePlugIn::TakeProgramOfSession() {
+    std::int32_t untouched = kDefaultPreset;
+    currentProgram.compare_exchange_strong(untouched, application->GetCurrentPreset(),
+                                           std::memory_order_relaxed);
 }
 
 // --- A recording that is not where it was ---

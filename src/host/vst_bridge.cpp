@@ -91,7 +91,11 @@ std::int32_t CsonorelleVST::getChunk(const void*& data, bool isPreset) {
 }
 
 std::int32_t CsonorelleVST::setChunk(const void* data, std::int32_t size, bool isPreset) {
-    return core->SetChunk(data, size, isPreset);
+    const std::int32_t taken = core->SetChunk(data, size, isPreset);
+    // A session may bring its own program.
+    if (const std::int32_t program = core->GetProgram(); program != getProgram())
+        AudioEffectX::setProgram(program);
+    return taken;
 }
 
 bool CsonorelleVST::getProgramNameIndexed(std::int32_t category, std::int32_t index, std::string& text) {
