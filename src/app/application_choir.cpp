@@ -179,7 +179,10 @@ void CkvovirelaineApp::RunIntelligent() {
         driver.SetSpread(choirPanel.GetVoiceRange());
         driver.SetVoiceRange(choirPanel.GetVoiceArrangement());
     }
-    if (!RunDriver()) return;
+    if (!RunDriver()) {
+        view.SetRebuild(false); // the notes that stand there are those to draw until the next poll
+        return;
+    }
     {
         const SpinGuard guard(wiring.audioLock);
         driver.SetChordsDirty(false);

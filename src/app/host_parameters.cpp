@@ -42,7 +42,6 @@ constexpr float kLongestDelay = 0.1F;  // seconds
 constexpr float kLongestTiming = 0.2F; // seconds
 constexpr float kShapeRange = 16;      // semitones, from -8
 constexpr float kLowestShape = -8;
-constexpr float kSemitonesPerOctave = 12;
 constexpr float kSmallestChange = 0.01F; // in the stored unit
 
 bool IsKind(Kind kind) { return kind >= Kind::kVolume && kind <= Kind::kTiming; }
@@ -60,7 +59,7 @@ float HostValueOf(Kind kind, float model) {
     case Kind::kDelay:
         return model * 10;
     case Kind::kShape:
-        return (kSemitonesPerOctave * std::log2(model) - kLowestShape) / kShapeRange;
+        return (SemitonesFromRatio(model) - kLowestShape) / kShapeRange;
     case Kind::kDrift:
         return 1 - (model + 1) / 2;
     case Kind::kTiming:

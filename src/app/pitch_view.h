@@ -338,7 +338,6 @@ private:
     std::size_t scaleToneCount = 0;
     std::int32_t scaleRoot = 0;
     float tuningOffset = 0;
-    bool useFlats = false;
 
     // Events.
     std::function<void(CkvoPitchView&)> callback;
@@ -352,7 +351,6 @@ private:
     std::int32_t lastY = 0;
     std::int32_t lastX = 0;
     std::int32_t pressMarker = 0;
-    bool noteMoved = false; // by this drag
     std::int32_t dragNote = -1;
     std::int32_t dragVoice = -1;
     std::int32_t cutPosition = 0;
@@ -360,6 +358,7 @@ private:
     std::int32_t hotVoice = -1;
     MenuKind menuKind = MenuKind::kNone;
     NoteHit menuNote;
+    bool noteMoved = false; // by this drag
     std::optional<CkvoChordDisplayWin> chordWindow;
     std::int32_t displayRoot = 0;
     std::int32_t displayType = ConsortierClassic::kNoTetrad;
@@ -371,6 +370,7 @@ private:
     float maxTopPitch = 72; // what ResetView shows
     float minBottomPitch = 52;
     float pitchGrid = 0.1F;
+    bool useFlats = false;
     bool showKeyRow = false;
     bool showFreqRow = true;
     bool showBeatRow = false;

@@ -19,11 +19,6 @@ constexpr float kShownOffset = 0.5F;    // semitones: nearer than that the note 
 constexpr double kLeastBeatPixels = 6;  // between lines
 constexpr double kLeastTimePixels = 70; // between texts
 
-bool IsBlackKey(std::int32_t pitch) {
-    constexpr std::uint32_t kBlackKeys = 0b010101001010; // C# D# F# G# A#
-    return (kBlackKeys >> ConsortierClassic::PitchClass(pitch) & 1U) != 0;
-}
-
 // Seconds between the texts of the ruler: 1, 2 or 5 of a decimal place below a minute, then minutes.
 double NiceSeconds(double least) {
     for (const double step : {0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 20.0, 30.0}) {
@@ -150,7 +145,7 @@ std::vector<PitchRowDrawing> CkvoPitchView::DrawPitchRows() const {
         row.rect = {area.x, top, area.width, std::max(1, axes.RowTopFromPitch(pitch - 1) - top)};
         row.pitch = pitch;
         row.name = NameOfPitch(pitch);
-        row.blackKey = IsBlackKey(pitch);
+        row.blackKey = ConsortierClassic::IsBlackKey(pitch);
         row.inScale = std::find(begin, end, tone) != end;
         row.isRoot = scaleToneCount > 0 && tone == scaleRoot;
         rows.push_back(row);

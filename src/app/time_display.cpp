@@ -78,10 +78,10 @@ std::string FormatTime(double samples, float sampleRate) {
     const double size = std::fabs(milliseconds);
     const std::int32_t minutes = TruncateToI32(size / kMillisecondsPerMinute);
     const std::int32_t rest = TruncateToI32(std::fmod(size, kMillisecondsPerMinute));
-    const std::int32_t perSecond = TruncateToI32(kMillisecondsPerSecond);
+    constexpr auto kPerSecond = static_cast<std::int32_t>(kMillisecondsPerSecond);
     char text[32] = "";
     std::snprintf(text, sizeof text, milliseconds < 0 ? "-%d:%02d.%03d" : "%d:%02d.%03d", minutes,
-                  rest / perSecond, rest % perSecond);
+                  rest / kPerSecond, rest % kPerSecond);
     return text;
 }
 

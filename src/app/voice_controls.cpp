@@ -11,12 +11,8 @@ namespace {
 
 // Each way has a factor of its own, exact or nearest, so that round values stay round in both.
 constexpr float kSecondsPerMillisecond = 0.001F;
-constexpr float kMillisecondsPerSecond = 1000;
 constexpr float kTimingPerPercent = 0.002F; // seconds: 200 ms at the top
-constexpr float kPercentPerTiming = 500;
 constexpr float kSharePerPercent = 0.01F;
-constexpr float kPercentPerShare = 100;
-constexpr float kSemitonesPerOctave = 12;
 constexpr float kSemitonesPerLogRatio = 17.31234F; // 12 / ln 2
 
 constexpr VoiceControlInfo kNoSlider;
@@ -40,7 +36,7 @@ float Held(const VoiceControlInfo& info, float panelValue) {
 float PanelValueOf(VoiceControl control, float stored) {
     switch (control) {
     case VoiceControl::kDelay:
-        return stored * kMillisecondsPerSecond;
+        return stored * kDelayPerSecond;
     case VoiceControl::kShape:
         return kSemitonesPerLogRatio * std::log(stored);
     case VoiceControl::kDrift:
@@ -83,6 +79,8 @@ float StoredFromPanel(VoiceControl control, float panelValue) {
 float PanelFromStored(VoiceControl control, float stored) {
     return Held(GetVoiceControl(control), PanelValueOf(control, stored));
 }
+
+float SemitonesFromRatio(float ratio) { return kSemitonesPerOctave * std::log2(ratio); }
 
 StoredRange GetStoredRange(VoiceControl control) {
     const VoiceControlInfo& info = GetVoiceControl(control);

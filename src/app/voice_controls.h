@@ -98,6 +98,15 @@ const VoiceControlInfo& GetVoiceControl(VoiceControl control);
 float StoredFromPanel(VoiceControl control, float panelValue);
 float PanelFromStored(VoiceControl control, float stored);
 
+// What one stored second, share or octave is on the controls.
+inline constexpr float kDelayPerSecond = 1000;  // ms
+inline constexpr float kPercentPerTiming = 500; // 200 ms at the top
+inline constexpr float kPercentPerShare = 100;
+inline constexpr float kSemitonesPerOctave = 12;
+
+// How far a ratio (above 0) moves the formants: 2 gives 12, 1 exactly 0.
+float SemitonesFromRatio(float ratio);
+
 // The range of a slider in stored values; drift runs the other way round, so `least` is that of the range.
 struct StoredRange {
     float least = 0;

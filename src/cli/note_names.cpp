@@ -1,46 +1,26 @@
 #include "cli/note_names.h"
 
-#include <array>
+#include "harmony/chord_names.h"
+#include "harmony/pitch_class.h"
+
 #include <cmath>
-#include <string_view>
 
 namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kSemitonesPerOctave = 12;
+using ConsortierClassic::kSemitonesInOctave;
+
+constexpr bool kUseFlats = false;
 constexpr std::int32_t kCentsPerSemitone = 100;
 // Makes MIDI note 60 the C of octave 4.
 constexpr std::int32_t kOctaveOfMidiNote0 = -1;
 // Keeps the conversion to whole cents far from the ends of its type.
 constexpr float kPitchLimit = 1000.0F;
 
-struct PitchClass {
-    std::string_view name;
-    bool isBlackKey;
-};
-
-constexpr std::array<PitchClass, kSemitonesPerOctave> kPitchClasses = {{{"C", false},
-                                                                        {"C#", true},
-                                                                        {"D", false},
-                                                                        {"D#", true},
-                                                                        {"E", false},
-                                                                        {"F", false},
-                                                                        {"F#", true},
-                                                                        {"G", false},
-                                                                        {"G#", true},
-                                                                        {"A", false},
-                                                                        {"A#", true},
-                                                                        {"B", false}}};
-
 std::int32_t FloorDivide(std::int32_t a, std::int32_t b) {
     const std::int32_t quotient = a / b;
     return a % b < 0 ? quotient - 1 : quotient;
-}
-
-const PitchClass& ClassOf(std::int32_t midiNote) {
-    const std::int32_t octave = FloorDivide(midiNote, kSemitonesPerOctave);
-    return kPitchClasses[static_cast<std::size_t>(midiNote - octave * kSemitonesPerOctave)];
 }
 
 } // namespace
@@ -57,8 +37,8 @@ std::optional<NamedPitch> NearestNote(float midiPitch) {
 }
 
 std::string NoteName(std::int32_t midiNote) {
-    const std::int32_t octave = FloorDivide(midiNote, kSemitonesPerOctave) + kOctaveOfMidiNote0;
-    return std::string(ClassOf(midiNote).name) + std::to_string(octave);
+    const std::int32_t octave = FloorDivide(midiNote, kSemitonesInOctave) + kOctaveOfMidiNote0;
+    return std::string(ConsortierClassic::NoteName(midiNote, kUseFlats)) + std::to_string(octave);
 }
 
 std::string CentsText(std::int32_t cents) {
@@ -73,10 +53,11 @@ std::string PitchText(float midiPitch) {
 }
 
 std::string KeyName(std::int32_t key) {
-    if (key < 0 || key >= 2 * kSemitonesPerOctave) return "none";
-    return std::string(ClassOf(key).name) + (key < kSemitonesPerOctave ? " major" : " minor");
+    if (key < 0 || key >= 2 * kSemitonesInOctave) return "none";
+    return std::string(ConsortierClassic::NoteName(key, kUseFlats)) +
+           (key < kSemitonesInOctave ? " major" : " minor");
 }
 
-bool IsBlackKey(std::int32_t midiNote) { return ClassOf(midiNote).isBlackKey; }
+bool IsBlackKey(std::int32_t midiNote) { return ConsortierClassic::IsBlackKey(midiNote); }
 
 } // namespace sonorelle

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 namespace sonorelle {
@@ -13,42 +14,48 @@ namespace sonorelle {
 namespace {
 
 constexpr std::array<StripControl, 8> kControls = {{
-    // key, least, most, unit
-    {"vol", 0, 1.333, "", &VoiceStrip::vol},
-    {"pan", -1, 1, "", &VoiceStrip::pan},
-    {"delay", 0, 100, "ms", &VoiceStrip::delay},
-    {"shape", -8, 8, "semitones", &VoiceStrip::shape},
-    {"tune", 0, 100, "%", &VoiceStrip::tune},
-    {"drift", 0, 200, "%", &VoiceStrip::drift},
-    {"glide", 0, 100, "%", &VoiceStrip::glide},
-    {"time", 0, 100, "%", &VoiceStrip::time},
+    {"vol", VoiceControl::kVolume, &VoiceStrip::vol},
+    {"pan", VoiceControl::kPan, &VoiceStrip::pan},
+    {"delay", VoiceControl::kDelay, &VoiceStrip::delay},
+    {"shape", VoiceControl::kShape, &VoiceStrip::shape},
+    {"tune", VoiceControl::kTune, &VoiceStrip::tune},
+    {"drift", VoiceControl::kDrift, &VoiceStrip::drift},
+    {"glide", VoiceControl::kGlide, &VoiceStrip::glide},
+    {"time", VoiceControl::kTime, &VoiceStrip::time},
 }};
-
-// From the bank's units to those of the strips.
-constexpr float kPercentPerShare = 100;
-constexpr float kMillisecondsPerSecond = 1000;
-constexpr float kPercentPerTiming = 500; // 200 ms at the top
-constexpr float kSemitonesPerOctave = 12;
 
 VoiceStrip StripOfSettings(const VoiceSettings& settings) {
     VoiceStrip strip;
-    strip.vol = settings.vol;
-    strip.pan = settings.pan;
-    strip.delay = settings.delay * kMillisecondsPerSecond;
-    strip.shape = kSemitonesPerOctave * std::log2(settings.formantShift);
-    strip.tune = settings.quantize * kPercentPerShare;
-    strip.drift = (1 - settings.drift) * kPercentPerShare;
-    strip.glide = settings.glide * kPercentPerShare;
-    strip.time = settings.timing * kPercentPerTiming;
+    for (const StripControl& row : kControls)
+        strip.*row.value = PanelFromStored(row.control, settings.*GetVoiceControl(row.control).stored);
+    // Nearer than the sliders' own logarithm, whose factor has seven digits.
+    strip.shape = SemitonesFromRatio(settings.formantShift);
     strip.mute = settings.mute;
     strip.solo = settings.solo;
     return strip;
 }
 
-std::string RangeText(const StripControl& control) {
-    std::string text = std::string(control.key) + "=" + FormatFloat(static_cast<float>(control.least)) +
-                       " to " + FormatFloat(static_cast<float>(control.most));
-    return *control.unit != '\0' ? text + " " + control.unit : text;
+// An option gives volume and panning as the plain numbers that they are, not in the units of the faders.
+bool HasUnit(VoiceControl control) {
+    return control != VoiceControl::kVolume && control != VoiceControl::kPan;
+}
+
+std::string RangeText(const StripControl& row) {
+    const VoiceControlInfo& info = GetVoiceControl(row.control);
+    const std::string text =
+        std::string(row.key) + "=" + FormatFloat(info.least) + " to " + FormatFloat(info.most);
+    return HasUnit(row.control) ? text + " " + info.unit : text;
+}
+
+// Nothing for a text that is no number or one beyond the control's range.
+std::optional<float> ReadControl(const StripControl& row, std::string_view text) {
+    const VoiceControlInfo& info = GetVoiceControl(row.control);
+    const std::optional<double> number = ReadNumber(text);
+    constexpr double kLargest = std::numeric_limits<float>::max();
+    if (!number || !(std::fabs(*number) <= kLargest)) return std::nullopt;
+    const auto value = static_cast<float>(*number); // 1.333 is in the range as the f32 that the range ends at
+    if (value < info.least || value > info.most) return std::nullopt;
+    return value;
 }
 
 std::string KeyChoices() {
@@ -71,9 +78,9 @@ std::string SetStripControl(VoiceStrip& strip, std::string_view text) {
     }
     for (const StripControl& control : kControls) {
         if (key != control.key) continue;
-        const std::optional<double> number = ReadNumber(TrimBlanks(text.substr(equals + 1)));
-        if (!number || *number < control.least || *number > control.most) return RangeText(control);
-        strip.*control.value = static_cast<float>(*number);
+        const std::optional<float> value = ReadControl(control, TrimBlanks(text.substr(equals + 1)));
+        if (!value) return RangeText(control);
+        strip.*control.value = *value;
         return "";
     }
     return KeyChoices();
@@ -114,7 +121,7 @@ VoiceSettings SettingsOfStrip(const VoiceStrip& strip) {
     settings.vol = stored(static_cast<double>(strip.vol));
     settings.pan = stored(static_cast<double>(strip.pan));
     settings.quantize = divided(strip.tune, kPercentPerShare);
-    settings.delay = divided(strip.delay, kMillisecondsPerSecond);
+    settings.delay = divided(strip.delay, kDelayPerSecond);
     settings.formantShift =
         stored(std::exp2(static_cast<double>(strip.shape) / static_cast<double>(kSemitonesPerOctave)));
     settings.drift = stored(1 - static_cast<double>(strip.drift) / static_cast<double>(kPercentPerShare));

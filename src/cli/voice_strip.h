@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "app/voice_controls.h"
 #include "app/voice_preset.h"
 
 #include <array>
@@ -26,13 +27,11 @@ struct VoiceStrip {
     bool operator==(const VoiceStrip&) const = default;
 };
 
-// One control of a strip that has a number.
+// One control of a strip that has a number; its range is GetVoiceControl's.
 struct StripControl {
     const char* key; // as it is written in an option
-    double least = 0;
-    double most = 0;
-    const char* unit; // "" for a plain number
-    float VoiceStrip::*value = nullptr;
+    VoiceControl control;
+    float VoiceStrip::*value;
 };
 
 // In the order of the strip.

@@ -35,4 +35,10 @@ constexpr std::int32_t IntervalUp(std::int32_t from, std::int32_t to) {
     return PitchClass(static_cast<std::int64_t>(to) - from);
 }
 
+// Whether the pitch is a black key of the piano.
+constexpr bool IsBlackKey(std::int64_t semitones) {
+    constexpr std::uint32_t kBlackKeys = 0b010101001010; // C# D# F# G# A#
+    return (kBlackKeys >> PitchClass(semitones) & 1U) != 0;
+}
+
 } // namespace sonorelle::ConsortierClassic

@@ -84,6 +84,33 @@ TEST(ApplicationThreads, RecallingByKeyAllocatesNothing) {
     EXPECT_TRUE(session.app->IsPlaying());
 }
 
+// Enough changes that at least one of them is overtaken on any machine: a recall comes with each block.
+TEST(ApplicationThreads, ARunThatARecallOvertakesLeavesTheViewReadyToDraw) {
+    LoadedSession session;
+    CkvovirelaineApp& app = *session.app;
+    app.SnapshotPanel().Add("One of two", 62, 0, 40000);
+    app.SnapshotPanel().Add("The other", 64, 0, 30000);
+    app.PlaybackPanel().PressMidi();
+    std::atomic<bool> done{false};
+    std::thread audio([&] {
+        AudioHost host(app);
+        for (std::int32_t key = 62; !done; key = 126 - key) {
+            app.NoteOn(key, 0, host.at);
+            host.Block(64, false);
+            app.NoteOff(key, 0, host.at);
+        }
+    });
+    std::int32_t waiting = 0;
+    for (std::int32_t i = 0; i < 200; ++i) {
+        app.ChoirPanel().MoveRange(i % 2 == 0 ? 0.2 : 0.8);
+        if (app.View().NeedsRebuild()) ++waiting;
+        app.Poll();
+    }
+    done = true;
+    audio.join();
+    EXPECT_EQ(waiting, 0);
+}
+
 TEST(ApplicationThreads, PlayingLiveAllocatesNothing) {
     for (const std::int32_t mode : {std::int32_t{kModeHarmonies}, std::int32_t{kModePitches}}) {
         LoadedSession session;

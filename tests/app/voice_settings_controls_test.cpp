@@ -119,6 +119,13 @@ TEST(VoiceControls, StoredValuesComeBackToWhatWasShown) {
     }
 }
 
+TEST(VoiceControls, ARatioIsSoManySemitones) {
+    EXPECT_EQ(SemitonesFromRatio(1), 0);
+    EXPECT_EQ(SemitonesFromRatio(2), 12);
+    EXPECT_EQ(SemitonesFromRatio(0.5F), -12);
+    EXPECT_FLOAT_EQ(SemitonesFromRatio(1.1892071F), 3); // a minor third
+}
+
 TEST(VoiceControls, ValuesAreHeldToTheRangeOfTheControl) {
     for (const VoiceControlInfo& info : kVoiceControls) {
         const VoiceControl control = info.control;

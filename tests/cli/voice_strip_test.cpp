@@ -42,7 +42,9 @@ TEST(SetStripControl, RefusesWhatLiesJustBeyondAndTellsTheRange) {
         {"drift=0 to 200 %", {"drift=-0.1", "drift=200.1"}},
         {"glide=0 to 100 %", {"glide=-0.1", "glide=100.1"}},
         {"time=0 to 100 %", {"time=-0.1", "time=100.1"}},
-        {"vol=0 to 1.333", {"vol=", "vol=x", "vol=nan", "vol=inf", "vol=0,5", "vol=0.5dB", "vol=1e999"}},
+        {"vol=0 to 1.333",
+         {"vol=", "vol=x", "vol=nan", "vol=inf", "vol=0,5", "vol=0.5dB", "vol=1e999", "vol=1e300",
+          "vol=-1e300"}},
     };
     for (const auto& [allowed, changes] : wrong)
         for (const char* change : changes) EXPECT_EQ(WhyWrong(change), allowed) << change;
@@ -59,6 +61,21 @@ TEST(SetStripControl, BlanksAndAPlusAreAllowed) {
     EXPECT_EQ(strip.shape, 3.5F);
     EXPECT_TRUE(strip.mute);
     EXPECT_TRUE(strip.solo);
+}
+
+// What a session's strips show is what was typed, to the digits that anybody types.
+TEST(StripsOfSettings, GiveTypedNumbersBack) {
+    const VoiceStrip typed = Strip({"vol=0.7", "pan=-0.25", "delay=35", "shape=-2.5", "tune=30", "drift=150",
+                                    "glide=20", "time=90", "solo"});
+    const VoiceSettings settings = SettingsOfStrip(typed);
+    const VoiceStrip shown = StripsOfSettings({settings, settings, settings, settings})[3];
+    for (const StripControl& control : StripControls()) {
+        const float value = typed.*control.value;
+        // Three units in the last place of an f32: of the product, of the share of one, of the logarithm.
+        EXPECT_NEAR(shown.*control.value, value, std::fabs(value) * 3e-7F) << control.key;
+    }
+    EXPECT_TRUE(shown.solo);
+    EXPECT_FALSE(shown.mute);
 }
 
 TEST(StripChanges, ReadAsAnOptionSaysThem) {
