@@ -1,12 +1,19 @@
-if(SONORELLE_SANITIZE AND NOT SONORELLE_FUZZ)
-  # The sanitizers' builds read the standard library once for all rooms. The others compile each file by what it includes
-  # itself, so that a missing include shows there.
+# sonorelle_room_headers(TARGET flags): the standard library, read once for all rooms compiled with these flags.
+function(sonorelle_room_headers target flags)
   file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/room_headers.cpp CONTENT "")
-  add_library(sonorelle_room_headers OBJECT ${CMAKE_BINARY_DIR}/room_headers.cpp)
-  target_link_libraries(sonorelle_room_headers PRIVATE sonorelle_flags)
-  target_precompile_headers(sonorelle_room_headers PRIVATE
+  add_library(${target} OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/room_headers.cpp)
+  target_link_libraries(${target} PRIVATE ${flags})
+  target_precompile_headers(${target} PRIVATE
     <algorithm> <array> <bit> <cmath> <cstdint> <cstdio> <cstring> <functional> <limits> <memory> <new> <numbers> <optional>
     <span> <stdexcept> <string> <string_view> <utility> <vector>)
+endfunction()
+
+# Sanitized rooms do so. The others compile each file by what it includes itself, so that a missing include shows there.
+if(SONORELLE_SANITIZE AND NOT SONORELLE_FUZZ)
+  sonorelle_room_headers(sonorelle_room_headers sonorelle_flags)
+endif()
+if(SONORELLE_SANITIZED_TWINS)
+  sonorelle_room_headers(sonorelle_room_headers_asan sonorelle_asan_flags)
 endif()
 
 # sonorelle_room(NAME [USES room...] [SYSTEM target...])
@@ -17,6 +24,8 @@ endif()
 #
 # PART_OF FOLDER FILES pattern...: the room is only these files of src/FOLDER, which others may see without the rest of it.
 # WITHOUT prefix: files of the folder that begin so belong to such a part.
+#
+# With SONORELLE_SANITIZED_TWINS, sonorelle_NAME_asan are the same files compiled with sanitizers.
 function(sonorelle_room name)
   cmake_parse_arguments(ROOM "" "PART_OF;WITHOUT" "USES;SYSTEM;FILES" ${ARGN})
   set(view ${CMAKE_BINARY_DIR}/rooms/${name})
@@ -55,4 +64,34 @@ function(sonorelle_room name)
   foreach(library ${ROOM_SYSTEM})
     target_link_libraries(${target} PRIVATE ${library})
   endforeach()
+  if(SONORELLE_SANITIZED_TWINS)
+    add_library(${target}_asan OBJECT EXCLUDE_FROM_ALL ${sources})
+    target_include_directories(${target}_asan PUBLIC ${view})
+    target_link_libraries(${target}_asan PUBLIC sonorelle_asan_flags PRIVATE ${ROOM_SYSTEM})
+    list(TRANSFORM ROOM_USES PREPEND sonorelle_ OUTPUT_VARIABLE used)
+    target_link_libraries(${target}_asan PRIVATE ${used}) # for their headers
+    target_precompile_headers(${target}_asan REUSE_FROM sonorelle_room_headers_asan)
+  endif()
 endfunction()
+
+# sonorelle_asan_program(TARGET OBJECTS object... LIBRARIES library... [SOURCES file...])
+#
+# Makes a program of compiled code and of the sanitized twins of the libraries, as far as they have one; the target
+# asan_programs builds them all. The twins' objects stand first, so that of inline functions which both hold the linker
+# takes the sanitized ones.
+function(sonorelle_asan_program target)
+  cmake_parse_arguments(TWIN "" "" "OBJECTS;LIBRARIES;SOURCES" ${ARGN})
+  set(rooms)
+  foreach(library ${TWIN_LIBRARIES})
+    if(TARGET ${library}_asan)
+      list(APPEND rooms $<TARGET_OBJECTS:${library}_asan>)
+    endif()
+  endforeach()
+  add_executable(${target} EXCLUDE_FROM_ALL ${TWIN_SOURCES} ${rooms} ${TWIN_OBJECTS})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(${target} PRIVATE sonorelle_asan_flags ${TWIN_LIBRARIES})
+  add_dependencies(asan_programs ${target})
+endfunction()
+if(SONORELLE_SANITIZED_TWINS)
+  add_custom_target(asan_programs)
+endif()

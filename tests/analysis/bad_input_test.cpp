@@ -374,9 +374,10 @@ TEST_F(BadInput, FileReadFromDiskGivesTheResultsOfTheOneHeldInMemory) {
 TEST_F(BadInput, TenMinutesAndOneFrameMore) {
     // Silence, so that the disk holds no more than the header. Under a sanitizer only what is read from disk.
     for (const std::int32_t frames : {kAudioCacheFrames + 1, kAudioCacheFrames}) {
-        if (kUnderSanitizer && frames == kAudioCacheFrames) continue;
+        if (UnderSanitizer() && frames == kAudioCacheFrames) continue;
         SCOPED_TRACE(frames);
-        Write(WavHeader({}, 2 * static_cast<std::uint32_t>(frames)));
+        Write(
+            WavHeader({.rate = UnderSanitizer() ? 192000U : 44100U}, 2 * static_cast<std::uint32_t>(frames)));
         std::filesystem::resize_file(path, 44 + 2 * static_cast<std::uintmax_t>(frames));
         SetModificationTime(path, 1'000'000'000'000'000'000);
         ExpectAnalysed(frames);

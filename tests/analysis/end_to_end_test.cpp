@@ -84,7 +84,7 @@ std::vector<MelodyNumber> TwelveMelodies() {
             // Numbers 0, 4, 8 and 9.
             const int tunings = static_cast<int>(std::size(kTunings));
             const bool turn = number % tunings == number / tunings % tunings;
-            if (turn || !kUnderSanitizer) all.push_back({voice, tuning, number});
+            if (turn || !UnderSanitizer()) all.push_back({voice, tuning, number});
             ++number;
         }
     }

@@ -23,8 +23,10 @@ namespace {
 using Channels = std::vector<std::vector<float>>;
 
 constexpr float kRates[] = {8000.0F, 11025.0F, 22050.0F, 44100.0F, 48000.0F, 96000.0F, 192000.0F};
-constexpr double kLengthShare = test::kUnderSanitizer ? 0.3 : 1.0; // of what is walked slowly
 constexpr std::int32_t kBlockSizes[] = {2048, 1024, 512, 300, 64, 0, -1};
+
+// Of what is walked slowly.
+double LengthShare() { return test::UnderSanitizer() ? 0.3 : 1.0; }
 
 // How a signal is cut into blocks: evenly, or at random with the same cuts each time.
 class Cut {
@@ -128,7 +130,7 @@ Totals CompareEverywhere(const Channels& signal, float rate, const std::string& 
         for (const bool tracking : {true, false}) {
             if (tracking && blockSize <= 0) continue;
             for (const bool ragged : {false, true}) {
-                if (test::kUnderSanitizer && ragged != (tracking == turn)) continue;
+                if (test::UnderSanitizer() && ragged != (tracking == turn)) continue;
                 const Totals one =
                     ExpectTheMarksOfTheSlowWalk(signal, rate, blockSize, tracking, ragged, name);
                 totals.marks += one.marks;
@@ -168,9 +170,12 @@ Channels SungMelody(float rate, int channels, double seconds, std::uint64_t melo
 
 TEST(CPSOLAAnalysis, MarksOfSingingAreThoseOfTheSlowWalk) {
     Totals totals;
+    int turn = 0; // under a sanitizer each rate with one or two channels
     for (const float rate : kRates) {
-        const double seconds = (rate > 50000.0F ? 0.8 : 2.0) * kLengthShare;
+        ++turn;
+        const double seconds = (rate > 50000.0F ? 0.8 : 2.0) * LengthShare();
         for (const int channels : {1, 2}) {
+            if (!test::InSanitizerShare(turn + channels, 2)) continue;
             const auto melody = static_cast<std::uint64_t>(channels + 2);
             const Totals one =
                 CompareEverywhere(SungMelody(rate, channels, seconds, melody), rate, "singing");
@@ -180,23 +185,23 @@ TEST(CPSOLAAnalysis, MarksOfSingingAreThoseOfTheSlowWalk) {
             totals.passedOver += one.passedOver;
         }
     }
-    EXPECT_GT(totals.marks, test::SanitizerShare(20000, 8));
-    EXPECT_GT(totals.snaps, test::SanitizerShare(500, 8)) << "marks moved by the waveform were among them";
-    EXPECT_GT(totals.passedOver, test::SanitizerShare(500, 8)) << "so were periods too short for a mark";
+    EXPECT_GT(totals.marks, test::SanitizerShare(20000, 16));
+    EXPECT_GT(totals.snaps, test::SanitizerShare(500, 16)) << "marks moved by the waveform were among them";
+    EXPECT_GT(totals.passedOver, test::SanitizerShare(500, 16)) << "so were periods too short for a mark";
     EXPECT_LT(totals.ties * 200, totals.marks) << "few searches are a matter of rounding";
 }
 
 TEST(CPSOLAAnalysis, MarksOfNoiseAreThoseOfTheSlowWalk) {
     for (const float rate : kRates) {
         CompareEverywhere(
-            test::WhiteNoise((rate > 50000.0F ? 0.3 : 0.8) * kLengthShare, SingerAt(rate)).channels, rate,
+            test::WhiteNoise((rate > 50000.0F ? 0.3 : 0.8) * LengthShare(), SingerAt(rate)).channels, rate,
             "noise");
     }
 }
 
 TEST(CPSOLAAnalysis, MarksOfSilenceAreThoseOfTheSlowWalk) {
     for (const float rate : kRates) {
-        const double samples = static_cast<double>(rate) * 0.5 * kLengthShare;
+        const double samples = static_cast<double>(rate) * 0.5 * LengthShare();
         CompareEverywhere({std::vector<float>(static_cast<std::size_t>(samples), 0.0F)}, rate, "silence");
     }
 }
@@ -212,7 +217,7 @@ TEST(CPSOLAAnalysis, MarksOfClicksAreThoseOfTheSlowWalk) {
 // Constant magnitude: where the end of what is there cuts a stretch short, many lags correlate alike.
 TEST(CPSOLAAnalysis, MarksOfASquareWaveAtNyquistAndOfDcAreThoseOfTheSlowWalk) {
     for (const float rate : kRates) {
-        std::vector<float> nyquist(static_cast<std::size_t>(static_cast<double>(rate) * 0.6 * kLengthShare)),
+        std::vector<float> nyquist(static_cast<std::size_t>(static_cast<double>(rate) * 0.6 * LengthShare())),
             constant(nyquist.size(), 0.5F);
         for (std::size_t i = 0; i < nyquist.size(); ++i) nyquist[i] = i % 2 == 0 ? 1.0F : -1.0F;
         CompareEverywhere({nyquist}, rate, "square wave");

@@ -47,8 +47,12 @@ inline std::array<std::vector<std::pair<int, std::uint32_t>>, 16> NotesByChannel
 
 class ArrangeProgram : public ::testing::Test {
 protected:
-    // Notes of half a second with rests between them.
-    void Sing(const std::string& name, const std::vector<double>& pitches = {60, 64, 67, 65, 64, 62, 60}) {
+    // The usual song: notes of half a second with rests between them.
+    void Sing(const std::string& name) {
+        Sing(name, {60, 64, 67, 65, 64, 62, 60});
+        isUsualSong_ = name == "song.wav";
+    }
+    void Sing(const std::string& name, const std::vector<double>& pitches) {
         SingerSettings settings;
         settings.vibratoCents = 10;
         Sing(name, pitches, settings);
@@ -61,17 +65,22 @@ protected:
             note.restBeatsAfter = 0.5;
             melody.push_back(note);
         }
+        isUsualSong_ = false;
         ASSERT_TRUE(WriteWav(folder_.File(name), test::Sing(melody, settings)));
     }
     ProgramResult Arrange(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "arrange");
         return RunProgramWith(arguments, folder_.Path().string());
     }
-    // The object of the first line that the program prints.
+    // The object of the first line that the program prints. The usual song is analysed once for all tests.
     JsonValue ArrangeToJson(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"song.wav", "--json", "--no-cache"});
+        const std::filesystem::path analysis = folder_.File("song.wav.kva");
+        if (isUsualSong_ && !std::filesystem::exists(analysis) && !usualAnalysis_.empty())
+            WriteFile(analysis, usualAnalysis_);
+        arguments.insert(arguments.begin(), {"song.wav", "--json"});
         const ProgramResult result = Arrange(arguments);
         EXPECT_EQ(result.exitCode, 0) << result.err;
+        if (isUsualSong_ && usualAnalysis_.empty()) usualAnalysis_ = ReadFile(analysis); // empty without one
         return JsonValue::Parse(result.out.substr(0, result.out.find('\n')));
     }
     std::set<std::string> FilesIn(const std::string& name) const {
@@ -82,6 +91,8 @@ protected:
     }
 
     TemporaryFolder folder_;
+    bool isUsualSong_ = false; // song.wav is
+    inline static std::string usualAnalysis_;
 };
 
 } // namespace sonorelle::test

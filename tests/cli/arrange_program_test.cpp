@@ -69,7 +69,7 @@ TEST_F(ArrangeProgram, WritesIntoTheCurrentFolderByDefault) {
 
 TEST_F(ArrangeProgram, JsonTellsSettingsAndEveryNote) {
     Sing("song.wav");
-    const JsonValue json = ArrangeToJson({"-o", "out"});
+    const JsonValue json = ArrangeToJson({"-o", "out", "--no-cache"});
     EXPECT_EQ(json["file"], "song.wav");
     EXPECT_EQ(json["cache"], "none");
     EXPECT_EQ(json["key"], 0);

@@ -68,6 +68,9 @@ inline bool ReadSome(int descriptor, std::string& text) {
 
 } // namespace detail
 
+// The program that was built with the tests: the sanitized one for the sanitized tests.
+const char* ProgramPath();
+
 inline ProgramResult RunProgram(const ProgramWish& wish) {
     ProgramResult result;
     detail::Pipe out;
@@ -87,15 +90,15 @@ inline ProgramResult RunProgram(const ProgramWish& wish) {
     }
     posix_spawn_file_actions_adddup2(&actions, err.ends[1], 2);
 
-    std::vector<std::string> words = {SONORELLE_PROGRAM};
+    std::vector<std::string> words = {ProgramPath()};
     words.insert(words.end(), wish.arguments.begin(), wish.arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     pid_t child = -1;
-    const int spawned = posix_spawn(&child, SONORELLE_PROGRAM, &actions, nullptr, argv.data(), environ);
+    const int spawned = posix_spawn(&child, ProgramPath(), &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(spawned, 0) << SONORELLE_PROGRAM;
+    EXPECT_EQ(spawned, 0) << ProgramPath();
     if (spawned != 0) return result;
 
     out.CloseEnd(1);

@@ -8,12 +8,11 @@
 //
 // Yielding and reading the clock are allowed, and what the end of a thread needs. Sleeping on a lock (futex),
 // which the program's own locks never do, ends the whole test program: the C library does not survive a
-// refusal. Linux on x86-64 alone, and not where a
-// sanitizer asks the system for its own purposes.
+// refusal. Linux on x86-64 alone, and of no use under a sanitizer (test::UnderSanitizer()), which asks the
+// system for its own purposes.
 #pragma once
 
-#if defined(__linux__) && defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__) &&                           \
-    !defined(__SANITIZE_THREAD__)
+#if defined(__linux__) && defined(__x86_64__)
 #define SONORELLE_HAVE_SYSTEM_CALL_TRAP 1
 
 #include <csignal>

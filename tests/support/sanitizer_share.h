@@ -7,21 +7,19 @@
 
 namespace sonorelle::test {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-inline constexpr bool kUnderSanitizer = true;
-#else
-inline constexpr bool kUnderSanitizer = false;
-#endif
+// Whether the code under test is sanitized. Decided when the program is linked: the same compiled test runs
+// with plain libraries and with sanitized ones.
+bool UnderSanitizer();
 
 // `count`, or under a sanitizer one in `part` of it, and at least one. For counts of rounds, and for what is
 // expected of their sum.
 template<class Integer>
-constexpr Integer SanitizerShare(Integer count, Integer part = 4) {
-    return kUnderSanitizer ? std::max<Integer>(count / part, 1) : count;
+Integer SanitizerShare(Integer count, Integer part = 4) {
+    return UnderSanitizer() ? std::max<Integer>(count / part, 1) : count;
 }
 
 // Whether round `index`, counted from 0, is among those that run: every one, or under a sanitizer one in
 // `part`.
-constexpr bool InSanitizerShare(int index, int part) { return !kUnderSanitizer || index % part == 0; }
+inline bool InSanitizerShare(int index, int part) { return !UnderSanitizer() || index % part == 0; }
 
 } // namespace sonorelle::test

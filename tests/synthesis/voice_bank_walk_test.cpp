@@ -1,6 +1,7 @@
 // A random walk through everything that can be done to a bank while it plays, and what it may not do then.
 
 #include "support/allocation_trap.h"
+#include "support/sanitizer_share.h"
 #include "support/synthetic_singer.h"
 #include "synthesis/voice_bank_player.h"
 
@@ -18,12 +19,10 @@
 namespace sonorelle::test {
 namespace {
 
-// Sanitizers make a block many times as slow; what they look for shows sooner.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kBlocks = 10000;
-#else
-constexpr int kBlocks = 100000;
-#endif
+// How many of a hundred thousand blocks. Sanitizers make a block many times as slow; what they look for shows
+// sooner.
+int Blocks(int hundredths) { return SanitizerShare(hundredths * 1000, 10); }
+
 constexpr float kBound = 3.98F; // 12 dB over full scale
 constexpr std::array<std::int32_t, 6> kBlockSizes = {1, 32, 64, 64, 333, 4096};
 
@@ -190,18 +189,18 @@ TEST(VoiceBankWalk, StaysFiniteAndWithin12DecibelsOfFullScale) {
     for (const std::uint64_t seed : {1u, 2u}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Walk walk(LoudSong(44100, 1), seed);
-        RunWalk(walk, kBlocks * 4 / 10);
+        RunWalk(walk, Blocks(40));
     }
 }
 
 TEST(VoiceBankWalk, AlsoInStereoAt11025Hertz) {
     Walk walk(LoudSong(11025, 2), 3);
-    RunWalk(walk, kBlocks / 10);
+    RunWalk(walk, Blocks(10));
 }
 
 TEST(VoiceBankWalk, AlsoAt192Kilohertz) {
     Walk walk(LoudSong(192000, 1), 4);
-    RunWalk(walk, kBlocks / 10);
+    RunWalk(walk, Blocks(10));
 }
 
 TEST(VoiceBankWalk, TheSameStepsGiveTheSameSound) {
@@ -218,8 +217,9 @@ TEST(VoiceBankWalk, TheSameStepsGiveTheSameSound) {
 TEST(VoiceBankWalk, NothingAllocatesWhateverHappensAfterTheFirstSecond) {
     Walk walk(LoudSong(44100, 2), 6);
     for (int i = 0; i < 700; ++i) walk.Step();
+    const int blocks = Blocks(20);
     const std::int64_t before = AllocationCount();
-    for (int i = 0; i < kBlocks / 5; ++i) walk.Step();
+    for (int i = 0; i < blocks; ++i) walk.Step();
     EXPECT_EQ(AllocationCount(), before);
 }
 
