@@ -41,6 +41,7 @@ CsonorelleVST::~CsonorelleVST() {
     core.reset();
 }
 
+void CsonorelleVST::abandon() { core->CancelLoad(); }
 void CsonorelleVST::suspend() { core->Suspend(); }
 
 void CsonorelleVST::resume() {

@@ -38,6 +38,7 @@ public:
                   EditorWindowFactory makeWindow);
     ~CsonorelleVST() override;
 
+    void abandon() override;
     void suspend() override;
     void resume() override;
     void processReplacing(float** inputs, float** outputs, std::int32_t frames) override;

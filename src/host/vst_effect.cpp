@@ -4,8 +4,10 @@
 #include "platform/saturate.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <limits>
+#include <thread>
 #include <utility>
 
 namespace sonorelle {
@@ -39,6 +41,21 @@ void CopyText(const std::string& text, void* out, std::size_t room) {
     std::memcpy(out, text.data(), length);
     static_cast<char*>(out)[length] = '\0';
 }
+
+// A call of the host, for as long as it lasts.
+class AudioEffect::CallScope {
+public:
+    explicit CallScope(AudioEffect& calledEffect) : effect(calledEffect) {
+        effect.callsUnderWay.fetch_add(1, std::memory_order_relaxed);
+    }
+    // The effect may be gone directly behind this.
+    ~CallScope() { effect.callsUnderWay.fetch_sub(1, std::memory_order_release); }
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+
+private:
+    AudioEffect& effect;
+};
 
 AudioEffect::AudioEffect(AudioMasterCallback hostCallback, std::int32_t programs, std::int32_t parameters)
     : callback(hostCallback) {
@@ -76,9 +93,11 @@ std::intptr_t AudioEffect::Dispatch(AEffect* effect, std::int32_t opcode, std::i
     AudioEffect* const self = EffectOf(effect);
     if (self == nullptr) return 0;
     if (opcode == kEffClose) {
+        self->AwaitCalls();
         delete self;
         return 1;
     }
+    const CallScope scope(*self);
     return self->dispatch(opcode, index, value, pointer, option);
 } catch (...) {
     return 0;
@@ -86,26 +105,47 @@ std::intptr_t AudioEffect::Dispatch(AEffect* effect, std::int32_t opcode, std::i
 
 void AudioEffect::Process(AEffect* effect, float** inputs, float** outputs, std::int32_t frames) noexcept
     try {
-    if (AudioEffect* const self = EffectOf(effect)) self->process(inputs, outputs, frames);
+    if (AudioEffect* const self = EffectOf(effect)) {
+        const CallScope scope(*self);
+        self->process(inputs, outputs, frames);
+    }
 } catch (...) {
 }
 
 void AudioEffect::ProcessReplacing(AEffect* effect, float** inputs, float** outputs,
                                    std::int32_t frames) noexcept try {
-    if (AudioEffect* const self = EffectOf(effect)) self->processReplacing(inputs, outputs, frames);
+    if (AudioEffect* const self = EffectOf(effect)) {
+        const CallScope scope(*self);
+        self->processReplacing(inputs, outputs, frames);
+    }
 } catch (...) {
 }
 
 void AudioEffect::SetParameter(AEffect* effect, std::int32_t index, float value) noexcept try {
-    if (AudioEffect* const self = EffectOf(effect)) self->setParameter(index, value);
+    if (AudioEffect* const self = EffectOf(effect)) {
+        const CallScope scope(*self);
+        self->setParameter(index, value);
+    }
 } catch (...) {
 }
 
 float AudioEffect::GetParameter(AEffect* effect, std::int32_t index) noexcept try {
     AudioEffect* const self = EffectOf(effect);
-    return self != nullptr ? self->getParameter(index) : 0.0F;
+    if (self == nullptr) return 0;
+    const CallScope scope(*self);
+    return self->getParameter(index);
 } catch (...) {
     return 0;
+}
+
+// A host that closes from within a call of its own must not wait for itself for good.
+void AudioEffect::AwaitCalls() {
+    constexpr std::chrono::seconds kLongestWait{3};
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    while (callsUnderWay.load(std::memory_order_acquire) > 0 && std::chrono::steady_clock::now() < end) {
+        abandon();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 std::intptr_t AudioEffect::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value,

@@ -4,7 +4,8 @@
 // overrides what it knows, and the rest answers as if there were nothing.
 //
 // Threads: the host's. Processing and events come on its audio thread, parameters on any, all else on its
-// interface thread as a rule. Nothing here locks. No exception reaches the host: a call in which one is
+// interface thread as a rule. Nothing here locks; the closing call waits for those that other threads have
+// under way. No exception reaches the host: a call in which one is
 // thrown answers 0.
 
 #pragma once
@@ -35,6 +36,8 @@ public:
 
     AEffect* GetAEffect() { return &record; }
 
+    // The host closes while another of its threads is still in here: what takes long is to end now.
+    virtual void abandon() {}
     virtual void suspend() {}
     virtual void resume() {}
     virtual void process(float** inputs, float** outputs, std::int32_t frames); // forwards to the next
@@ -74,6 +77,7 @@ protected:
     mutable AEffect record;
 
 private:
+    class CallScope;
     static std::intptr_t Dispatch(AEffect* effect, std::int32_t opcode, std::int32_t index,
                                   std::intptr_t value, void* pointer, float option) noexcept;
     static void Process(AEffect* effect, float** inputs, float** outputs, std::int32_t frames) noexcept;
@@ -82,10 +86,12 @@ private:
     static void SetParameter(AEffect* effect, std::int32_t index, float value) noexcept;
     static float GetParameter(AEffect* effect, std::int32_t index) noexcept;
 
+    void AwaitCalls();
     std::intptr_t dispatchEditor(std::int32_t opcode, void* pointer);
     std::intptr_t dispatchText(std::int32_t opcode, std::int32_t index, void* pointer);
 
     AudioMasterCallback callback;
+    std::atomic<std::int32_t> callsUnderWay{0};
     std::unique_ptr<AEffEditor> editor;
     std::atomic<float> sampleRate{44100};
     std::int32_t blockSize = 1024;
