@@ -155,7 +155,7 @@ std::intptr_t AudioEffect::dispatch(std::int32_t opcode, std::int32_t index, std
         if (value >= 0 && value < record.numPrograms) setProgram(static_cast<std::int32_t>(value));
         return 0;
     case kEffGetProgram:
-        return curProgram;
+        return getProgram();
     case kEffSetProgramName:
         if (pointer != nullptr) setProgramName(TextOf(pointer));
         return 0;

@@ -44,7 +44,7 @@ public:
     virtual void processReplacing(float** inputs, float** outputs, std::int32_t frames) = 0;
     virtual void setParameter(std::int32_t /*index*/, float /*value*/) {}
     virtual float getParameter(std::int32_t /*index*/) { return 0; }
-    virtual void setProgram(std::int32_t program) { curProgram = program; }
+    virtual void setProgram(std::int32_t program) { curProgram.store(program, std::memory_order_relaxed); }
     virtual void setProgramName(const std::string& /*name*/) {}
     virtual std::string getProgramName() { return {}; }
     virtual std::string getParameterLabel(std::int32_t /*index*/) { return {}; }
@@ -61,7 +61,7 @@ public:
     virtual void setBlockSize(std::int32_t frames) { blockSize = frames; }
 
     float getSampleRate() const { return sampleRate.load(std::memory_order_relaxed); } // Hz
-    std::int32_t getProgram() const { return curProgram; }
+    std::int32_t getProgram() const { return curProgram.load(std::memory_order_relaxed); }
 
     // Calls the host; 0 without one.
     std::intptr_t CallHost(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* pointer,
@@ -95,7 +95,7 @@ private:
     std::unique_ptr<AEffEditor> editor;
     std::atomic<float> sampleRate{44100};
     std::int32_t blockSize = 1024;
-    std::int32_t curProgram = 0;
+    std::atomic<std::int32_t> curProgram{0}; // hosts set it from wherever they are
 };
 
 class AudioEffectX : public AudioEffect {
