@@ -1,5 +1,6 @@
 // What the audio thread may not do from its first block on: allocate, and ask the system for anything.
 
+#include "host/c_memory_trap.h"
 #include "host/plugin_stage.h"
 #include "host/system_call_trap.h"
 #include "support/allocation_trap.h"
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <functional>
 #include <thread>
@@ -41,12 +43,16 @@ void ExpectQuiet(const Session& session) {
     for (const VstMidiEvent& key : session.keys) keys.emplace_back(std::vector<VstMidiEvent>{key, key});
 
     std::int64_t allocations = -1;
+    std::int64_t memoryCalls = -1;
     std::thread([&] {
         const std::int64_t before = AllocationCount();
+        const std::int64_t callsBefore = MemoryCalls();
         PlayThrough(stage, block, keys);
+        memoryCalls = MemoryCalls() - callsBefore;
         allocations = AllocationCount() - before;
     }).join();
     EXPECT_EQ(allocations, 0);
+    EXPECT_EQ(memoryCalls, 0);
     EXPECT_TRUE(session.happened(stage));
 
 #ifdef SONORELLE_HAVE_SYSTEM_CALL_TRAP
@@ -59,6 +65,17 @@ void ExpectQuiet(const Session& session) {
     }).join();
     EXPECT_EQ(CaughtSystemCalls().load(), 0) << "the last was number " << LastCaughtSystemCall().load();
 #endif
+}
+
+TEST(MemoryTrap, CountsEachKindOfCall) {
+    if (!HasMemoryTrap()) GTEST_SKIP() << "a sanitizer stands in its place";
+    const std::int64_t before = MemoryCalls();
+    void* volatile first = std::malloc(8);
+    void* volatile second = std::realloc(first, 16);
+    std::free(second);
+    int* volatile third = new int(3);
+    delete third;
+    EXPECT_EQ(MemoryCalls() - before, 5);
 }
 
 #ifdef SONORELLE_HAVE_SYSTEM_CALL_TRAP
