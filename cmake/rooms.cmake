@@ -16,6 +16,14 @@ if(SONORELLE_SANITIZED_TWINS)
   sonorelle_room_headers(sonorelle_room_headers_asan sonorelle_asan_flags)
 endif()
 
+# sonorelle_many_files_at_once(TARGET): files are compiled in batches, which read each header once. The names in unnamed
+# namespaces are therefore unique within a room, and within its tests.
+function(sonorelle_many_files_at_once target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  # A class that derives from one of an unnamed namespace is as local as that, which gcc believes of main files alone.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endfunction()
+
 # sonorelle_room(NAME [USES room...] [SYSTEM target...])
 #
 # Makes src/NAME a static library. The folder is reached as "NAME/file.h" through a directory that holds nothing else, so
@@ -57,6 +65,7 @@ function(sonorelle_room name)
   target_link_libraries(${target} PUBLIC sonorelle_flags)
   if(TARGET sonorelle_room_headers)
     target_precompile_headers(${target} REUSE_FROM sonorelle_room_headers)
+    sonorelle_many_files_at_once(${target})
   endif()
   foreach(used ${ROOM_USES})
     target_link_libraries(${target} PRIVATE sonorelle_${used})
@@ -71,6 +80,7 @@ function(sonorelle_room name)
     list(TRANSFORM ROOM_USES PREPEND sonorelle_ OUTPUT_VARIABLE used)
     target_link_libraries(${target}_asan PRIVATE ${used}) # for their headers
     target_precompile_headers(${target}_asan REUSE_FROM sonorelle_room_headers_asan)
+    sonorelle_many_files_at_once(${target}_asan)
   endif()
 endfunction()
 

@@ -11,8 +11,7 @@ namespace sonorelle {
 namespace {
 
 constexpr double kConcertPitch = 440.0;  // Hz, MIDI 69
-constexpr float kSilentLevel = 0.0005F;  // of the loudest frame: -33 dB
-constexpr float kSuddenRise = 0.95F;     // relative rise of the level from one period to the next
+constexpr float kPeriodRise = 0.95F;     // relative rise of the level from one period to the next
 constexpr float kOctaveJump = 6.0F;      // semitones: beyond half an octave no singer slides within a window
 constexpr double kCarefulStep = 0.125;   // of half a window, while nothing jumps
 constexpr double kBridgeSeconds = 0.075; // longest excursion that is bridged
@@ -20,8 +19,6 @@ constexpr std::int32_t kShortestBridge = 2;
 constexpr std::int32_t kLongestBridge = 32; // frames
 constexpr float kSamePitch = 0.5F;          // semitones between the piers of a bridge
 constexpr float kExcursion = 1.0F;          // semitones off their mean
-
-std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
 
 } // namespace
 
@@ -55,7 +52,7 @@ void NormaliseLevels(Frames& frames) {
         if (i == 0) continue;
         AnalysisFrame& before = frames[i - 1];
         if (before.voiced != 0 && frame.voiced != 0 &&
-            (frame.level - before.level) / before.level > kSuddenRise) {
+            (frame.level - before.level) / before.level > kPeriodRise) {
             before.voiced = 0;
         }
     }

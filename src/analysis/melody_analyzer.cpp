@@ -31,7 +31,7 @@ constexpr float kSmallestPeak = 1e-24F;
 // Positions are i32, and the mark finder looks up to this far behind the end.
 constexpr std::int32_t kLongestFile = std::numeric_limits<std::int32_t>::max() - (1 << 20); // frames
 
-constexpr double kConcertPitch = 440.0; // Hz
+constexpr double kStandardPitch = 440.0; // Hz
 
 } // namespace
 
@@ -234,7 +234,7 @@ bool CMelodyAnalyzer::IsAnalysed() const { return analysed; }
 float CMelodyAnalyzer::GetTuningOffset() const { return tuningOffset; }
 
 float CMelodyAnalyzer::GetTuningFrequency() const {
-    return static_cast<float>(kConcertPitch * std::exp2(static_cast<double>(tuningOffset) / 12.0));
+    return static_cast<float>(kStandardPitch * std::exp2(static_cast<double>(tuningOffset) / 12.0));
 }
 
 float CMelodyAnalyzer::GetSampleRate() const { return audio != nullptr ? audio->GetSampleRate() : 0.0F; }

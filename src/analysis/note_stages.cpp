@@ -10,18 +10,15 @@ namespace sonorelle {
 
 namespace {
 
-constexpr float kSilentLevel = 0.0005F; // of the loudest frame
-constexpr float kFirmLevel = 0.05F;     // notes louder than this are stretched before anything is joined
-constexpr float kFadedShare = 0.125F;   // of a note's level: where it has died away
-constexpr float kBurstShare = 100.0F;   // of a note's level: another sound begins
-constexpr float kSuddenRise = 0.95F;    // relative rise of the level that begins a note of its own
+constexpr float kFirmLevel = 0.05F;   // notes louder than this are stretched before anything is joined
+constexpr float kFadedShare = 0.125F; // of a note's level: where it has died away
+constexpr float kBurstShare = 100.0F; // of a note's level: another sound begins
+constexpr float kSuddenRise = 0.95F;  // relative rise of the level that begins a note of its own
 constexpr double kNeighbourWeight =
     2.0; // in the pitch of a joined note, for each sample: a neighbour counts four times ...
 constexpr double kJoinedWeight = 0.5;  // ... what the note itself does, whose length already holds both
 constexpr float kSmallestGlide = 1.0F; // semitones
 constexpr float kSlowestGlide = 0.03F; // semitones a frame
-
-std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
 
 // Frames and notes that were set from outside may hold any positions.
 std::int32_t Distance(std::int32_t from, std::int32_t to) {

@@ -12,7 +12,7 @@ namespace sonorelle {
 
 namespace {
 
-std::int64_t Distance(std::int32_t a, std::int32_t b) {
+std::int64_t PositionsApart(std::int32_t a, std::int32_t b) {
     return std::abs(static_cast<std::int64_t>(a) - static_cast<std::int64_t>(b));
 }
 
@@ -126,9 +126,9 @@ std::int32_t CPitchMarks::FindNearest(std::int32_t from, std::int32_t position) 
     if (count < 2 || from >= count - 1) return -1;
     std::int32_t nearest = std::max(from, 0);
     if (rising) nearest = std::max(nearest, LastBefore(nearest, position));
-    std::int64_t distance = Distance(At(nearest).position, position);
+    std::int64_t distance = PositionsApart(At(nearest).position, position);
     while (nearest < count - 1) {
-        const std::int64_t next = Distance(At(nearest + 1).position, position);
+        const std::int64_t next = PositionsApart(At(nearest + 1).position, position);
         if (next >= distance) break;
         distance = next;
         ++nearest;

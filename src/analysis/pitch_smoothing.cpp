@@ -18,8 +18,6 @@ constexpr double kSteadyDrift = 0.5;  // semitones between a window's mean and t
 constexpr float kSmallestStep = 0.5F; // semitones
 constexpr std::int32_t kWidening = 4; // frames by which the window around a step grows
 
-std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
-
 // The pitch in the middle of the sorted pitches of the voiced frames of a window that mostly grows: two heaps
 // hold the lower and the upper half.
 class RunningMedian {

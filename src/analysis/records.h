@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace sonorelle {
@@ -41,5 +42,11 @@ struct AnalysisFrame {
     std::int32_t position = 0;
 };
 static_assert(sizeof(AnalysisFrame) == 16);
+
+// Frames below this level are silence: -33 dB of the loudest.
+inline constexpr float kSilentLevel = 0.0005F;
+
+// A place in a vector of the above; negative places are the caller's to keep out.
+inline std::size_t Index(std::int32_t place) { return static_cast<std::size_t>(place); }
 
 } // namespace sonorelle

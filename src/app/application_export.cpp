@@ -107,7 +107,7 @@ std::int32_t CkvovirelaineApp::SaveSound(const std::string& path, std::int32_t v
 
 void CkvovirelaineApp::TellOfExport(std::int32_t result) {
     if (result != kOk && result != CAudioExport::kCancelled)
-        wiring.toolkit.ShowMessage("Error!", "Could not write file!");
+        wiring.toolkit.ShowMessage(kErrorTitle, "Could not write file!");
 }
 
 AudioExportSettings CkvovirelaineApp::ExportSettings() const {

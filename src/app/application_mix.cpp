@@ -19,7 +19,7 @@ namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kSides = 2;
+constexpr std::int32_t kSides = CVoiceMix::kSides;
 // So long before the end of the region the sound begins to fade: 23 ms at 44.1 kHz, in which it falls to 11%.
 constexpr double kFadeBeforeEnd = 1024;
 

@@ -6,6 +6,7 @@
 
 #include "app/application.h"
 
+#include "app/beat_grid.h"
 #include "app/snapshot_store.h"
 #include "platform/saturate.h"
 
@@ -16,9 +17,8 @@ namespace sonorelle {
 
 namespace {
 
-constexpr double kLeastNotice = 1024;   // samples that a stop is given to fade in
-constexpr float kTempoLimit = 999;      // of the host; not reached
-constexpr std::int32_t kUsualMetre = 4; // over 4
+constexpr double kLeastNotice = 1024; // samples that a stop is given to fade in
+constexpr float kTempoLimit = 999;    // of the host; not reached
 constexpr std::int32_t kLowestKey = 0;
 constexpr std::int32_t kHighestKey = 127;
 constexpr std::int32_t kFreePlace = -1;

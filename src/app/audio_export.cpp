@@ -27,7 +27,7 @@ namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kSides = 2; // a file has two channels, whatever the recording has
+constexpr std::int32_t kFileChannels = 2; // a file has two channels, whatever the recording has
 constexpr double kProgressSteps = 100;
 
 static_assert(AudioExportSettings::kVoices == CVoiceBank::kVoices);
@@ -114,19 +114,19 @@ public:
     Output& operator=(const Output&) = delete;
 
     bool Open(const std::string& path, const CVoiceBank& bank) {
-        return file.OpenWrite(path, kSides, bank.GetSampleRate(), bank.GetBlockSize(), kWav16) == kOk;
+        return file.OpenWrite(path, kFileChannels, bank.GetSampleRate(), bank.GetBlockSize(), kWav16) == kOk;
     }
     bool Close() { return file.Close() == kOk; }
 
     // Writes `frames` samples of what the voices have.
     bool Write(const VoiceBuffers& voices, std::int32_t frames) {
-        for (std::size_t side = 0; side < kSides; ++side) {
+        for (std::size_t side = 0; side < kFileChannels; ++side) {
             std::fill_n(sum[side].begin(), frames, 0.0F);
             for (std::int32_t voice = firstVoice; voice <= lastVoice; ++voice)
                 Add(voices, static_cast<std::size_t>(voice), side, frames);
         }
         Limit(frames);
-        const float* const sides[kSides] = {sum[0].data(), sum[1].data()};
+        const float* const sides[kFileChannels] = {sum[0].data(), sum[1].data()};
         return file.Write(sides, frames) == kOk;
     }
 
@@ -155,7 +155,7 @@ private:
     const AudioExportSettings& settings;
     std::int32_t firstVoice;
     std::int32_t lastVoice; // included; before the first for a voice that the arrangement does not have
-    std::array<std::vector<float>, kSides> sum;
+    std::array<std::vector<float>, kFileChannels> sum;
     std::int64_t limitedFrames = 0;
     CkvoAudioFile file;
 };

@@ -17,7 +17,7 @@ constexpr float kLeastTempo = 0.001F;
 constexpr float kMostTempo = 1e6F;
 constexpr float kLeastRate = 1; // Hz
 constexpr float kMostRate = 1e7F;
-constexpr double kFarthestSample = 1e15;
+constexpr double kFarthestGridSample = 1e15;
 
 } // namespace
 
@@ -47,7 +47,7 @@ BeatPosition BeatGrid::PositionAt(double sample) const {
     const std::int32_t beats = Cleaned().numerator;
     // A tick's start, turned into samples and back, must not fall into the tick before.
     constexpr double kRounding = 1e-6;
-    if (!(std::abs(sample) <= kFarthestSample)) return {};
+    if (!(std::abs(sample) <= kFarthestGridSample)) return {};
     const double ticks = std::floor(BeatFromSample(sample) * kTicksPerBeat + kRounding);
     const double beat = std::floor(ticks / kTicksPerBeat);
     const double bar = std::floor(beat / beats);

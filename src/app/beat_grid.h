@@ -14,6 +14,9 @@
 
 namespace sonorelle {
 
+// Quarters in a bar where nobody tells: a host without a time signature, a new arrangement.
+inline constexpr std::int32_t kUsualMetre = 4;
+
 struct BeatPosition {
     std::int32_t bar = 1;
     std::int32_t beat = 1;
@@ -32,8 +35,8 @@ struct BeatGrid {
     float tempo = kDefaultTempo; // quarter notes a minute
     float sampleRate = kDefaultRate;
     double anchor = 0; // sample at which a bar, counted as the first, begins; may lie before the recording
-    std::int32_t numerator = 4;
-    std::int32_t denominator = 4;
+    std::int32_t numerator = kUsualMetre;
+    std::int32_t denominator = kUsualMetre;
 
     BeatGrid Cleaned() const; // with all values in their ranges
     double SamplesPerBeat() const;

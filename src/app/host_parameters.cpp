@@ -41,7 +41,7 @@ static_assert(kEarlyParameters + kPresetVoices * kLateKinds == kHostParameterCou
 constexpr float kLongestDelay = 0.1F;  // seconds
 constexpr float kLongestTiming = 0.2F; // seconds
 constexpr float kShapeRange = 16;      // semitones, from -8
-constexpr float kLowestShape = -8;
+constexpr float kLowestShapeSemitones = -8;
 constexpr float kSmallestChange = 0.01F; // in the stored unit
 
 bool IsKind(Kind kind) { return kind >= Kind::kVolume && kind <= Kind::kTiming; }
@@ -59,7 +59,7 @@ float HostValueOf(Kind kind, float model) {
     case Kind::kDelay:
         return model * 10;
     case Kind::kShape:
-        return (SemitonesFromRatio(model) - kLowestShape) / kShapeRange;
+        return (SemitonesFromRatio(model) - kLowestShapeSemitones) / kShapeRange;
     case Kind::kDrift:
         return 1 - (model + 1) / 2;
     case Kind::kTiming:
@@ -105,7 +105,7 @@ float ModelFromHostValue(Kind kind, float hostValue) {
     case Kind::kDelay:
         return value * kLongestDelay;
     case Kind::kShape:
-        return std::exp2((value * kShapeRange + kLowestShape) / kSemitonesPerOctave);
+        return std::exp2((value * kShapeRange + kLowestShapeSemitones) / kSemitonesPerOctave);
     case Kind::kDrift:
         return (1 - value) * 2 - 1;
     case Kind::kTiming:

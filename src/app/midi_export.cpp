@@ -14,6 +14,7 @@
 #include "platform/critical_section.h"
 #include "platform/result_codes.h"
 #include "platform/saturate.h"
+#include "platform/units.h"
 
 #include <algorithm>
 #include <array>
@@ -37,19 +38,17 @@ constexpr std::uint8_t kThirtySecondsPerQuarter = 8;
 constexpr std::int32_t kVoicesDivision = 384; // ticks per quarter note
 constexpr std::int32_t kTriggerDivision = 96;
 
-constexpr std::int32_t kHighestKey = 127;
+constexpr std::int32_t kLastMidiKey = 127;
 constexpr std::int32_t kFullVelocity = 127;
 constexpr double kQuietestLevelLog = -6.9; // ln 0.001: the level that velocity 0 stands for
 
 constexpr std::int32_t kChordChannel = 0;
-constexpr std::int32_t kNoKey = -1;
+constexpr std::int32_t kNothingHeld = -1;
 constexpr std::int32_t kChordShift = -12; // chords lie an octave below the voices' middle
-
-constexpr double kMillisecondsPerSecond = 1000;
 
 bool IsTempo(float tempo) { return std::isfinite(tempo) && tempo > 0; }
 
-bool IsMidiKey(std::int32_t key) { return key >= 0 && key <= kHighestKey; }
+bool IsMidiKey(std::int32_t key) { return key >= 0 && key <= kLastMidiKey; }
 
 std::int32_t TimeSigOr4(std::int32_t value) {
     return value < 1 ? kDefaultTimeSig : std::min(value, kLargestTimeSig);
@@ -131,14 +130,14 @@ void ForEachNote(CChoirDriver& driver, const MidiExportSettings& settings, const
     }
 }
 
-// The key of a voice in a note; kNoKey where it is silent or lies outside of MIDI's keys.
+// The key of a voice in a note; kNothingHeld where it is silent or lies outside of MIDI's keys.
 std::int32_t KeyOfVoice(CChoirDriver& driver, std::int32_t note, std::int32_t voice, float transpose) {
     float deviation = 0;
     float gain = 0;
     const std::int32_t pitch = driver.GetVoice(note, voice, deviation, gain, false);
-    if (pitch == ConsortierClassic::kNoPitch) return kNoKey;
+    if (pitch == ConsortierClassic::kNoPitch) return kNothingHeld;
     const std::int32_t key = TruncateToI32(static_cast<double>(pitch) + static_cast<double>(transpose));
-    return IsMidiKey(key) ? key : kNoKey;
+    return IsMidiKey(key) ? key : kNothingHeld;
 }
 
 void AddVoices(CkvoMidiTrack& track, CChoirDriver& driver, const MidiExportSettings& settings,
@@ -164,13 +163,13 @@ std::array<std::int32_t, 4> KeysOfChord(CChoirDriver::ChordRecord chord, float t
     CChoirDriver::ChordToPitches(chord, keys);
     std::array<std::int32_t, 4> shifted{};
     std::transform(std::begin(keys), std::end(keys), shifted.begin(),
-                   [](std::int32_t key) { return key < 0 ? kNoKey : key + kChordShift; });
+                   [](std::int32_t key) { return key < 0 ? kNothingHeld : key + kChordShift; });
     return shifted;
 }
 
 void AddChords(CkvoMidiTrack& track, CChoirDriver& driver, const MidiExportSettings& settings,
                const MidiRegion& region) {
-    std::array<std::int32_t, 4> held = {kNoKey, kNoKey, kNoKey, kNoKey};
+    std::array<std::int32_t, 4> held = {kNothingHeld, kNothingHeld, kNothingHeld, kNothingHeld};
     std::optional<CChoirDriver::ChordRecord> previous;
     std::uint32_t lastOff = 0;
     ForEachNote(driver, settings, region, [&](std::int32_t note, std::uint32_t on, std::uint32_t off) {

@@ -1,5 +1,6 @@
 #include "app/playback_settings.h"
 
+#include "harmony/pitch_class.h"
 #include "platform/saturate.h"
 
 #include <algorithm>
@@ -9,14 +10,14 @@
 namespace sonorelle {
 namespace {
 
-constexpr std::int32_t kSemitones = 12;
 constexpr std::int32_t kUnlimited = std::numeric_limits<std::int32_t>::max();
 
 static_assert(std::atomic<double>::is_always_lock_free && std::atomic<float>::is_always_lock_free &&
               std::atomic<std::int32_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 constexpr std::int32_t KeyOf(std::int32_t octave, std::int32_t note) {
-    return (octave - CkvovirelainePlaybackSettings::kLowestOctave) * kSemitones + note;
+    return (octave - CkvovirelainePlaybackSettings::kLowestOctave) * ConsortierClassic::kSemitonesInOctave +
+           note;
 }
 
 } // namespace
@@ -74,11 +75,11 @@ void CkvovirelainePlaybackSettings::SetTriggerNote(std::int32_t key) {
 }
 
 std::int32_t CkvovirelainePlaybackSettings::GetNote() const {
-    return shownKey.load(std::memory_order_relaxed) % kSemitones;
+    return shownKey.load(std::memory_order_relaxed) % ConsortierClassic::kSemitonesInOctave;
 }
 
 std::int32_t CkvovirelainePlaybackSettings::GetOctave() const {
-    return shownKey.load(std::memory_order_relaxed) / kSemitones + kLowestOctave;
+    return shownKey.load(std::memory_order_relaxed) / ConsortierClassic::kSemitonesInOctave + kLowestOctave;
 }
 
 void CkvovirelainePlaybackSettings::SetSampleRate(float hertz) {
@@ -116,7 +117,7 @@ void CkvovirelainePlaybackSettings::PressMode(Mode newMode) {
 }
 
 void CkvovirelainePlaybackSettings::ChooseNote(std::int32_t row) {
-    if (row < 0 || row >= kSemitones) return;
+    if (row < 0 || row >= ConsortierClassic::kSemitonesInOctave) return;
     ChooseKey(KeyOf(GetOctave(), row));
 }
 

@@ -3,6 +3,7 @@
 #include "app/snapshot_store.h"
 #include "app/toolkit.h"
 #include "harmony/chord_names.h"
+#include "harmony/pitch_class.h"
 
 #include <algorithm>
 #include <limits>
@@ -12,10 +13,8 @@
 namespace sonorelle {
 namespace {
 
-constexpr std::int32_t kSemitones = 12;
 constexpr std::int32_t kLowestOctave = -2;                                       // of key 0
 constexpr std::size_t kLargestImport = std::numeric_limits<std::int32_t>::max(); // bytes, and sizes
-constexpr const char* kFullTitle = "Warning!";
 constexpr const char* kFullText = "The list is full!\nRemove or replace a snapshot first.";
 
 bool IsKey(std::int32_t key) { return key >= 0 && key <= CkvovirelaineSnapshots::kHighestKey; }
@@ -258,8 +257,8 @@ std::string CkvovirelaineSnapshots::FormatRow(const std::string& name, std::int3
         row.begin(), row.end(), [](unsigned char c) { return c < ' ' || c == kDelete; }, ' ');
     row += '\t';
     if (key < 0) return row;
-    row += ConsortierClassic::NoteName(key % kSemitones, false);
-    return row + ' ' + std::to_string(key / kSemitones + kLowestOctave);
+    row += ConsortierClassic::NoteName(key % ConsortierClassic::kSemitonesInOctave, false);
+    return row + ' ' + std::to_string(key / ConsortierClassic::kSemitonesInOctave + kLowestOctave);
 }
 
 // The user.
@@ -271,11 +270,11 @@ std::string CkvovirelaineSnapshots::DefaultName() const {
 void CkvovirelaineSnapshots::PressAdd(CkvoToolkit& toolkit) {
     if (!enabled) return;
     if (!CanAdd()) {
-        toolkit.ShowMessage(kFullTitle, kFullText);
+        toolkit.ShowMessage(kWarningTitle, kFullText);
         return;
     }
     const auto name = toolkit.AskForName(kDialogLabel, DefaultName());
-    if (name && !name->empty() && !Add(*name)) toolkit.ShowMessage(kFullTitle, kFullText);
+    if (name && !name->empty() && !Add(*name)) toolkit.ShowMessage(kWarningTitle, kFullText);
 }
 
 void CkvovirelaineSnapshots::PressRename(CkvoToolkit& toolkit) {

@@ -23,7 +23,7 @@ inline std::string Numbered(std::string_view prefix, std::int32_t index) {
 }
 inline std::string SnapshotSection(std::int32_t index) { return Numbered("Snapshot_", index); }
 inline std::string PresetSection(std::int32_t index) { return Numbered("Preset_", index); }
-inline std::string VoiceSection(std::int32_t voice) { return Numbered("Voice_", voice); }
+inline std::string VoiceElement(std::int32_t voice) { return Numbered("Voice_", voice); }
 
 struct VoiceNumberKey {
     std::string_view name;

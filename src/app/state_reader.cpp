@@ -1,6 +1,7 @@
 // From the text to values. Nothing that the text tells about itself is believed: counts and sizes are held
 // against its length and against what is really there.
 
+#include "app/snapshots.h"
 #include "app/state_document.h"
 
 #include "app/state_keys.h"
@@ -26,9 +27,6 @@ constexpr double kRounding = 1e-6;
 constexpr std::int64_t kShortestByte = 2;                  // two digits
 constexpr std::int64_t kShortestSnapshot = 13;             // <Snapshot_0/>
 constexpr std::int64_t kShortestNote = 24 * kShortestByte; // its voices and its chord, in the oldest form
-
-constexpr std::int32_t kHighestKey = 131; // what the panel of a trigger can be set to
-constexpr std::int32_t kNoKey = -1;
 
 class StateReader {
 public:
@@ -162,7 +160,8 @@ bool ReadSnapshot(StateReader& reader, std::int32_t index, SavedSnapshot& snapsh
     const bool isWhole = ReadBlock(reader, section, snapshot);
     reader.SetLongestTag(FxmlParser::kScratchSize);
     if (!isWhole) return false;
-    snapshot.midiTrigger = reader.Whole(Path(section, "MidiTrigger"), kNoKey, kHighestKey);
+    snapshot.midiTrigger = reader.Whole(Path(section, "MidiTrigger"), CkvovirelaineSnapshots::kNoKey,
+                                        CkvovirelaineSnapshots::kHighestKey);
     if (!snapshot.midiTrigger) return true;
     snapshot.startTime = reader.Whole(Path(section, "StartTime"), 0);
     snapshot.endTime = reader.Whole(Path(section, "EndTime"), 0);
@@ -215,7 +214,7 @@ SavedVoices ReadVoices(StateReader& reader, std::string_view parent) {
     SavedVoices voices;
     std::int32_t index = 0;
     for (SavedVoice& voice : voices) {
-        const std::string section = Path(parent, VoiceSection(index++));
+        const std::string section = Path(parent, VoiceElement(index++));
         for (const VoiceNumberKey& key : kVoiceNumberKeys)
             voice.*key.field =
                 reader.Float(Path(section, key.name), key.lowest - kRounding, key.highest + kRounding);

@@ -110,7 +110,7 @@ enum class Drift { kWritten, kLeftOut };
 void WriteVoices(StateWriter& writer, const SavedVoices& voices, Drift drift) {
     std::int32_t index = 0;
     for (const SavedVoice& voice : voices) {
-        const std::string section = VoiceSection(index++);
+        const std::string section = VoiceElement(index++);
         writer.Open(section);
         for (const VoiceNumberKey& key : kVoiceNumberKeys)
             if (drift == Drift::kWritten || key.field != &SavedVoice::drift)

@@ -3,6 +3,7 @@
 #include "dsp/finite.h"
 #include "platform/numbers.h"
 #include "platform/saturate.h"
+#include "platform/units.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +12,6 @@
 namespace sonorelle {
 namespace {
 
-constexpr double kMillisecondsPerSecond = 1000;
 constexpr double kMillisecondsPerMinute = 60 * kMillisecondsPerSecond;
 constexpr double kMostMinutes = 999;
 constexpr double kMostSeconds = 59;

@@ -19,6 +19,9 @@
 
 namespace sonorelle {
 
+inline constexpr const char* kErrorTitle = "Error!";
+inline constexpr const char* kWarningTitle = "Warning!";
+
 class CkvoToolkit {
 public:
     using TimerCallback = void (*)(void* context);

@@ -19,18 +19,18 @@ enum Voice : std::int32_t { kOrange = 0, kRed = 1, kBlue = 2, kGreen = 3, kNone 
 
 // clang-format off
 // By voices above the melody, from top to bottom.
-constexpr VoiceOrder kFourVoices[] = {
+constexpr VoiceOrder kOrderOfFour[] = {
     { kOrange, kGreen,  kBlue,   kRed    },
     { kGreen,  kOrange, kBlue,   kRed    },
     { kGreen,  kBlue,   kOrange, kRed    },
     { kGreen,  kBlue,   kRed,    kOrange },
 };
-constexpr VoiceOrder kThreeVoices[] = {
+constexpr VoiceOrder kOrderOfThree[] = {
     { kOrange, kRed,    kBlue,   kNone   },
     { kBlue,   kOrange, kRed,    kNone   },
     { kBlue,   kRed,    kOrange, kNone   },
 };
-constexpr VoiceOrder kTwoVoices[] = {
+constexpr VoiceOrder kOrderOfTwo[] = {
     { kOrange, kRed,    kNone,   kNone   },
     { kRed,    kOrange, kNone,   kNone   },
 };
@@ -65,9 +65,9 @@ VoiceRows LayOutVoiceRows(std::int32_t voices, float range, std::int32_t panelHe
 
 VoiceOrder OrderOfVoices(std::int32_t voices, std::int32_t voicesAbove) {
     const auto above = static_cast<std::size_t>(std::clamp(voicesAbove, 0, std::clamp(voices, 1, 4) - 1));
-    if (voices >= 4) return kFourVoices[above];
-    if (voices == 3) return kThreeVoices[above];
-    if (voices == 2) return kTwoVoices[above];
+    if (voices >= 4) return kOrderOfFour[above];
+    if (voices == 3) return kOrderOfThree[above];
+    if (voices == 2) return kOrderOfTwo[above];
     return kMelodyAlone;
 }
 

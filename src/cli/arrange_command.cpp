@@ -26,7 +26,6 @@ namespace sonorelle {
 namespace {
 
 constexpr const char* kCannotMakeFolder = "Could not make this folder!";
-constexpr const char* kNoMemory = "Not enough memory!";
 constexpr const char* kTooLong = "At this speed the sound would be longer than a WAV file can be!";
 constexpr const char* kCannotRender = "Could not render the voices!";
 constexpr double kWholePercent = 100;

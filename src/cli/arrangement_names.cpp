@@ -52,7 +52,7 @@ std::vector<NamedNumber> NamedPresets() {
 }
 
 // The colours that the voices have in the picture.
-constexpr std::array<const char*, kPresetVoices> kVoiceNames = {"orange", "red", "blue", "green"};
+constexpr std::array<const char*, kPresetVoices> kFileVoiceNames = {"orange", "red", "blue", "green"};
 
 std::vector<NamedNumber> NamedVoices(std::int32_t voiceCount) {
     std::vector<NamedNumber> result;
@@ -161,7 +161,7 @@ std::string PresetName(std::int32_t preset) {
 
 std::string VoiceName(std::int32_t voice) {
     const bool isOne = voice >= 0 && voice < kPresetVoices;
-    return isOne ? kVoiceNames[static_cast<std::size_t>(voice)] : "";
+    return isOne ? kFileVoiceNames[static_cast<std::size_t>(voice)] : "";
 }
 
 std::string IntervalNames(std::span<const std::int32_t> intervals) {

@@ -20,7 +20,7 @@ namespace {
 
 using namespace ConsortierClassic;
 
-bool IsSameHarmony(const ArrangementSettings& a, const ArrangementSettings& b) {
+bool WantsSameHarmony(const ArrangementSettings& a, const ArrangementSettings& b) {
     return a.style == b.style && a.arrangement == b.arrangement && a.root == b.root && a.scale == b.scale &&
            a.harmonyScale == b.harmonyScale && a.snap == b.snap && a.voiceRange == b.voiceRange &&
            a.spread == b.spread && a.intervals == b.intervals && a.transpose == b.transpose;
@@ -173,7 +173,7 @@ void ChangeSettings(CommandLineSession& session, const ArrangementSettings& pres
     if (wanted.tempo != present.tempo || otherSpeed) SetTempo(session, wanted);
     if (wanted.sound.preset != present.sound.preset) session.PlugIn().SetProgram(wanted.sound.preset);
     session.With([&](CkvovirelaineApp& app) {
-        if (!IsSameHarmony(wanted, present)) SetHarmony(app, wanted);
+        if (!WantsSameHarmony(wanted, present)) SetHarmony(app, wanted);
         if (wanted.region || otherSpeed) SetPlayback(app, wanted);
         if (wanted.sound.tuning != present.sound.tuning) SetTuning(app, *wanted.sound.tuning);
         if (wanted.sound.voices != present.sound.voices)

@@ -2,6 +2,7 @@
 
 #include "cli/arrangement_names.h"
 #include "cli/arrangement_report.h"
+#include "cli/report_table.h"
 #include "cli/text_columns.h"
 #include "cli/unicode_text.h"
 #include "harmony/styles.h"
@@ -14,8 +15,6 @@ namespace sonorelle {
 namespace {
 
 constexpr std::size_t kLineWidth = 68; // of the chords, beside the headings
-constexpr int kSecondsDecimals = 3;
-constexpr int kHertzDecimals = 2;
 
 using Rows = std::vector<std::vector<std::string>>;
 

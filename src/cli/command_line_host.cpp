@@ -1,12 +1,13 @@
 #include "cli/command_line_host.h"
 
+#include "app/beat_grid.h"
+
 #include <algorithm>
 
 namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kUsualMetre = 4; // over 4
 constexpr double kSecondsPerMinute = 60;
 constexpr std::int32_t kRealtimeLevel = 2; // blocks as they are played
 

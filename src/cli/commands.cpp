@@ -230,7 +230,7 @@ int RunCommandLine(const std::vector<std::string>& arguments, const Console& con
     try {
         return ParseAndRun(arguments, console);
     } catch (const std::bad_alloc&) {
-        console.Complain("", "Not enough memory!");
+        console.Complain("", kNoMemory);
     } catch (const std::exception& error) {
         console.Complain("", error.what());
     }

@@ -17,6 +17,8 @@ enum ExitCode : int {
     kExitNobodyReads = 141 // the reader of standard output left early; likewise
 };
 
+inline constexpr const char* kNoMemory = "Not enough memory!";
+
 enum class Written {
     kYes,
     kNobodyReads, // the other end of a pipe is closed, as by `| head`

@@ -16,7 +16,7 @@ constexpr std::int32_t kCentsPerSemitone = 100;
 // Makes MIDI note 60 the C of octave 4.
 constexpr std::int32_t kOctaveOfMidiNote0 = -1;
 // Keeps the conversion to whole cents far from the ends of its type.
-constexpr float kPitchLimit = 1000.0F;
+constexpr float kFarthestPitch = 1000.0F;
 
 std::int32_t FloorDivide(std::int32_t a, std::int32_t b) {
     const std::int32_t quotient = a / b;
@@ -26,7 +26,7 @@ std::int32_t FloorDivide(std::int32_t a, std::int32_t b) {
 } // namespace
 
 std::optional<NamedPitch> NearestNote(float midiPitch) {
-    if (!(std::fabs(midiPitch) <= kPitchLimit)) return std::nullopt;
+    if (!(std::fabs(midiPitch) <= kFarthestPitch)) return std::nullopt;
     // Rounded to whole cents first: one sounding text has one spelling.
     const auto cents =
         static_cast<std::int32_t>(std::floor(static_cast<double>(midiPitch) * kCentsPerSemitone + 0.5));

@@ -25,18 +25,18 @@ namespace sonorelle {
 
 namespace {
 
-constexpr Colour kGround = PanelColour();
-constexpr Colour kInk = FromRgb(0x22272e);      // titles and names
-constexpr Colour kFaintInk = FromRgb(0x4f5863); // axis labels, 5 to 1 on the ground
-constexpr Colour kWhiteLane = Lerp(kWhite, kGround, 0.15F);
-constexpr Colour kBlackLane = Lerp(kWhite, kGround, 0.55F);
-constexpr Colour kLaneLine = Lerp(kWhite, kGround, 0.8F);
-constexpr Colour kKeyLine = Lerp(kBlack, kGround, 0.85F);
-constexpr Colour kTimeLine = Lerp(kBlack, kGround, 0.93F);
-constexpr Colour kOctaveLine = Lerp(kBlack, kGround, 0.7F);
-constexpr Colour kFrame = Lerp(kBlack, kGround, 0.55F);
-constexpr Colour kLoudness = Lerp(kBlack, kGround, 0.72F);
-constexpr Colour kBlackKey = FromRgb(0x2b3038);
+constexpr Colour kGround = kPanelColour;
+constexpr Colour kInk = ColourFromRgb(0x22272e);      // titles and names
+constexpr Colour kFaintInk = ColourFromRgb(0x4f5863); // axis labels, 5 to 1 on the ground
+constexpr Colour kWhiteLane = LerpColour(kWhite, kGround, 0.15F);
+constexpr Colour kBlackLane = LerpColour(kWhite, kGround, 0.55F);
+constexpr Colour kLaneLine = LerpColour(kWhite, kGround, 0.8F);
+constexpr Colour kKeyLine = LerpColour(kBlack, kGround, 0.85F);
+constexpr Colour kTimeLine = LerpColour(kBlack, kGround, 0.93F);
+constexpr Colour kOctaveLine = LerpColour(kBlack, kGround, 0.7F);
+constexpr Colour kFrame = LerpColour(kBlack, kGround, 0.55F);
+constexpr Colour kLoudness = LerpColour(kBlack, kGround, 0.72F);
+constexpr Colour kBlackKey = ColourFromRgb(0x2b3038);
 constexpr float kCurveShade =
     0.4F; // of the lead's colour over black: the same hue, dark enough to show on its bars
 
@@ -288,7 +288,7 @@ void Drawing::DrawBars(const RollVoice& voice) {
 }
 
 void Drawing::DrawCurve() {
-    const Stroke stroke{Lerp(kBlack, kVoiceColours[0], kCurveShade),
+    const Stroke stroke{LerpColour(kBlack, kVoiceColours[0], kCurveShade),
                         layout_.pixelsPerSecond > kFineCurveScale ? kCurveWidth : kFineCurveWidth};
     std::vector<Point> run;
     const auto drawRun = [&] {

@@ -7,7 +7,7 @@ namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kWholePercent = 100;
+constexpr std::int32_t kFullBar = 100;
 constexpr int kWidestBar = 40;
 constexpr int kNarrowestBar = 5; // below it the percentage stands alone
 constexpr int kPercentWidth = 4; // "100%"
@@ -26,7 +26,7 @@ ProgressBar::ProgressBar(std::FILE* stream, int columns, std::string label)
 ProgressBar::~ProgressBar() { Clear(); }
 
 void ProgressBar::Show(std::int32_t percent) {
-    const std::int32_t held = std::clamp<std::int32_t>(percent, 0, kWholePercent);
+    const std::int32_t held = std::clamp<std::int32_t>(percent, 0, kFullBar);
     if (columns_ <= 0 || held == shown_) return;
     shown_ = held;
     const std::string line = Line(held);
@@ -50,7 +50,7 @@ std::string ProgressBar::Line(std::int32_t percent) const {
     const std::string number = PercentText(percent);
     if (room < kNarrowestBar) return number.substr(0, static_cast<std::size_t>(std::max(columns_ - 1, 0)));
     const int width = std::min(room, kWidestBar);
-    const auto filled = static_cast<std::size_t>(width * percent / kWholePercent);
+    const auto filled = static_cast<std::size_t>(width * percent / kFullBar);
     const std::string bar =
         std::string(filled, '#') + std::string(static_cast<std::size_t>(width) - filled, '-');
     return label_ + " [" + bar + "] " + number;

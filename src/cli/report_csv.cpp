@@ -11,7 +11,7 @@ namespace sonorelle {
 namespace {
 
 // A microsecond tells sample frames apart up to 192 kHz, where they are 5.2 of them wide.
-constexpr int kSecondsDecimals = 6;
+constexpr int kCurveSecondsDecimals = 6;
 
 // Quoted only where it must be. Line ends are escaped before, so that a frame stays one line.
 std::string CsvField(std::string_view name) {
@@ -36,7 +36,7 @@ std::string FormatCsv(const MelodyReport& report, bool withFile) {
     std::string text;
     for (const CurvePoint& point : report.curve) {
         text += first;
-        text += FormatFixed(SecondsOf(report, point.position), kSecondsDecimals);
+        text += FormatFixed(SecondsOf(report, point.position), kCurveSecondsDecimals);
         text += ',';
         text += FormatFloat(point.midiPitch);
         text += point.voiced ? ",1," : ",0,";

@@ -13,10 +13,8 @@ namespace sonorelle {
 
 namespace {
 
-constexpr int kSecondsDecimals = 3;
 constexpr int kLevelDecimals = 3;
-constexpr int kHertzDecimals = 2;
-constexpr float kCentsPerSemitone = 100;
+constexpr float kCents = 100;
 
 std::string Seconds(const MelodyReport& report, std::int32_t position) {
     return FormatFixed(SecondsOf(report, position), kSecondsDecimals);
@@ -34,8 +32,8 @@ std::string ChannelsText(std::int32_t channels) {
 
 std::string TuningText(const MelodyReport& report) {
     const std::string hertz = FormatFixed(static_cast<double>(report.tuningHz), kHertzDecimals) + " Hz";
-    const float cents = report.tuningOffset * kCentsPerSemitone;
-    if (!(std::fabs(cents) <= kCentsPerSemitone)) return hertz;
+    const float cents = report.tuningOffset * kCents;
+    if (!(std::fabs(cents) <= kCents)) return hertz;
     return hertz + " (" + CentsText(static_cast<std::int32_t>(std::lround(cents))) + " cents)";
 }
 

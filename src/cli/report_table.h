@@ -23,6 +23,10 @@ namespace sonorelle {
 
 struct MelodyReport;
 
+// Digits behind the point that a reader of tables can use.
+inline constexpr int kSecondsDecimals = 3;
+inline constexpr int kHertzDecimals = 2;
+
 std::string FormatTable(const MelodyReport& report);
 
 } // namespace sonorelle

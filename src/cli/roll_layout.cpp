@@ -1,5 +1,7 @@
 #include "cli/roll_layout.h"
 
+#include "harmony/pitch_class.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -33,7 +35,6 @@ constexpr double kLargestLaneHeight = 18;
 constexpr std::int32_t kRoom =
     2; // lanes above and below the outermost pitches: space for the labels of notes
 constexpr std::int32_t kSmallestLanes = 14;
-constexpr std::int32_t kMiddleC = 60;
 constexpr float kLargestMidiNote = 127;
 
 constexpr double kLabelDistance = 64; // pixels between labels of the time axis: "123.45" and some air
@@ -41,8 +42,8 @@ constexpr double kLabelDistance = 64; // pixels between labels of the time axis:
 } // namespace
 
 PitchSpan SpanOf(const std::vector<float>& pitches) {
-    std::int32_t lowest = kMiddleC;
-    std::int32_t highest = kMiddleC;
+    std::int32_t lowest = ConsortierClassic::kMiddleC;
+    std::int32_t highest = ConsortierClassic::kMiddleC;
     bool found = false;
     for (const float pitch : pitches) {
         if (!(pitch >= 0 && pitch <= kLargestMidiNote)) continue;

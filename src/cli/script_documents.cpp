@@ -110,7 +110,7 @@ ScriptResult ExportTrigger(ScriptSession& script, ScriptWords words) {
 }
 
 // clang-format off
-constexpr std::array<ScriptCommand, 11> kCommands = {{
+constexpr std::array<ScriptCommand, 11> kDocumentCommands = {{
     {"load", "RECORDING", "A new session of this recording", 1, 1, Load},
     {"state load", "FILE [RECORDING]", "The session in a file; RECORDING stands in for one that has moved", 1, 2, LoadState},
     {"state save", "FILE", "Leave the session in a file", 1, 1, SaveState},
@@ -127,6 +127,6 @@ constexpr std::array<ScriptCommand, 11> kCommands = {{
 
 } // namespace
 
-std::span<const ScriptCommand> DocumentCommands() { return kCommands; }
+std::span<const ScriptCommand> DocumentCommands() { return kDocumentCommands; }
 
 } // namespace sonorelle

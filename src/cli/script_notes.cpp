@@ -105,7 +105,7 @@ ScriptResult SetCut(ScriptSession& script, ScriptWords words) {
 }
 
 // clang-format off
-constexpr std::array<ScriptCommand, 8> kCommands = {{
+constexpr std::array<ScriptCommand, 8> kNoteCommands = {{
     {"note", "N voice VOICE pitch KEY", "Move a note of a voice, with 'mode edit'", 5, 5, SetNote},
     {"gain", "N VOICE X", "Switch a note of a voice off (0) or on (1)", 3, 3, SetGain},
     {"split", "SECONDS", "Cut the note there in two", 1, 1, Split},
@@ -119,6 +119,6 @@ constexpr std::array<ScriptCommand, 8> kCommands = {{
 
 } // namespace
 
-std::span<const ScriptCommand> NoteCommands() { return kCommands; }
+std::span<const ScriptCommand> NoteCommands() { return kNoteCommands; }
 
 } // namespace sonorelle

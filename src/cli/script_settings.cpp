@@ -230,7 +230,7 @@ ScriptResult SetParameter(ScriptSession& script, ScriptWords words) {
 constexpr std::size_t kManyWords = 64;
 
 // clang-format off
-constexpr std::array<ScriptCommand, 16> kCommands = {{
+constexpr std::array<ScriptCommand, 16> kSettingsCommands = {{
     {"set style", "NAME", "Name or list position", 1, 1, SetStyle},
     {"set arrangement", "NAME", "Name or number, of the styles that have some", 1, 1, SetArrangement},
     {"set root", "NOTE", "Root of the melody's key", 1, 1, SetRoot},
@@ -252,6 +252,6 @@ constexpr std::array<ScriptCommand, 16> kCommands = {{
 
 } // namespace
 
-std::span<const ScriptCommand> SettingCommands() { return kCommands; }
+std::span<const ScriptCommand> SettingCommands() { return kSettingsCommands; }
 
 } // namespace sonorelle

@@ -69,7 +69,7 @@ ScriptResult Replace(ScriptSession& script, ScriptWords words) {
 }
 
 // clang-format off
-constexpr std::array<ScriptCommand, 5> kCommands = {{
+constexpr std::array<ScriptCommand, 5> kSnapshotCommands = {{
     {"snapshot add", "NAME [KEY]", "Keep the arrangement, with the region and a key", 1, 2, Add},
     {"snapshot recall", "N", "Go to a snapshot, counted from 0", 1, 1, Recall},
     {"snapshot rename", "N NAME", "Name a snapshot", 2, 2, Rename},
@@ -80,6 +80,6 @@ constexpr std::array<ScriptCommand, 5> kCommands = {{
 
 } // namespace
 
-std::span<const ScriptCommand> SnapshotCommands() { return kCommands; }
+std::span<const ScriptCommand> SnapshotCommands() { return kSnapshotCommands; }
 
 } // namespace sonorelle

@@ -190,7 +190,7 @@ ScriptResult PressKey(ScriptSession& script, ScriptWords words) {
 }
 
 // clang-format off
-constexpr std::array<ScriptCommand, 12> kCommands = {{
+constexpr std::array<ScriptCommand, 12> kTransportCommands = {{
     {"region", "START END | all", "What is played and exported, in seconds of the recording", 1, 2, SetRegion},
     {"drive", "time|keys", "What plays the region: the host's transport, or keys", 1, 1, SetDrive},
     {"trigger", "KEY", "The key that plays the region, with 'drive keys'", 1, 1, SetTrigger},
@@ -208,6 +208,6 @@ constexpr std::array<ScriptCommand, 12> kCommands = {{
 
 } // namespace
 
-std::span<const ScriptCommand> TransportCommands() { return kCommands; }
+std::span<const ScriptCommand> TransportCommands() { return kTransportCommands; }
 
 } // namespace sonorelle

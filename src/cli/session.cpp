@@ -21,7 +21,6 @@ namespace sonorelle {
 
 namespace {
 
-constexpr const char* kNoMemory = "Not enough memory!";
 constexpr const char* kCannotReadDocument = "Could not read this file!";
 constexpr const char* kNoSession = "This is no session!";
 constexpr const char* kNoProgram = "This is no program!";

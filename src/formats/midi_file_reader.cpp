@@ -19,23 +19,23 @@ namespace {
 
 constexpr std::uint32_t kHeaderChunk = 0x4D546864; // "MThd"
 constexpr std::uint32_t kTrackChunk = 0x4D54726B;  // "MTrk"
-constexpr std::uint32_t kHeaderBytes = 6;          // that are known; later versions may have more
+constexpr std::uint32_t kKnownHeaderBytes = 6;     // that are known; later versions may have more
 
 constexpr std::uint8_t kController = 0xB0;
 constexpr std::uint8_t kProgramChange = 0xC0;
 constexpr std::uint8_t kChannelPressure = 0xD0;
 constexpr std::uint8_t kSystemExclusive = 0xF0;
 constexpr std::uint8_t kEscape = 0xF7; // raw bytes, told like the former
-constexpr std::uint8_t kMeta = 0xFF;
+constexpr std::uint8_t kMetaEvent = 0xFF;
 constexpr std::uint8_t kEndOfTrack = 0x2F;
 
 constexpr std::uint32_t kUsualQuarter = 500000; // microseconds: 120 a minute, until a file tells its tempo
 constexpr double kMicrosecondsPerSecond = 1e6;
 
 // Reads on as far as there is something; what would go beyond gives nothing.
-class Bytes {
+class ByteReader {
 public:
-    explicit Bytes(std::span<const std::byte> text) : rest(text) {}
+    explicit ByteReader(std::span<const std::byte> text) : rest(text) {}
 
     bool AtEnd() const { return rest.empty(); }
     std::optional<std::uint32_t> Number(std::size_t count) { // big endian, up to 4 bytes
@@ -109,7 +109,7 @@ private:
         if (bytes.NextIsData()) return runningStatus != 0 && ReadMessage(runningStatus);
         const std::optional<std::uint8_t> status = bytes.Byte();
         if (!status) return false;
-        if (*status == kMeta) return ReadMeta();
+        if (*status == kMetaEvent) return ReadMeta();
         if (*status == kSystemExclusive || *status == kEscape) {
             const std::optional<std::uint32_t> length = bytes.VariableLength();
             return length && bytes.Take(*length);
@@ -139,14 +139,14 @@ private:
         if (!data) return false;
         constexpr std::size_t kTempoBytes = 3;
         if (*type == kMidiMetaTempo && data->size() == kTempoBytes) {
-            const std::uint32_t quarter = *Bytes(*data).Number(kTempoBytes);
+            const std::uint32_t quarter = *ByteReader(*data).Number(kTempoBytes);
             if (quarter > 0) gathered.tempos.push_back({tick, quarter});
         }
         ended = *type == kEndOfTrack;
         return true;
     }
 
-    Bytes bytes;
+    ByteReader bytes;
     Gathered& gathered;
     std::uint64_t tick = 0;
     std::uint8_t runningStatus = 0;
@@ -208,12 +208,12 @@ private:
     std::uint32_t quarter = kUsualQuarter;
 };
 
-std::optional<Division> ReadHeader(Bytes& bytes) {
+std::optional<Division> ReadHeader(ByteReader& bytes) {
     if (bytes.Number(4) != kHeaderChunk) return std::nullopt;
     const std::optional<std::uint32_t> length = bytes.Number(4);
     const auto text = length ? bytes.Take(*length) : std::nullopt;
-    if (!text || text->size() < kHeaderBytes) return std::nullopt;
-    Bytes header(*text);
+    if (!text || text->size() < kKnownHeaderBytes) return std::nullopt;
+    ByteReader header(*text);
     const std::uint32_t format = *header.Number(2);
     constexpr std::uint32_t kLastFormat = 1; // format 2 holds pieces, not the tracks of one
     if (format > kLastFormat) return std::nullopt;
@@ -222,7 +222,7 @@ std::optional<Division> ReadHeader(Bytes& bytes) {
 }
 
 // False when one is not whole, and when there is none. What follows the last whole chunk is no chunk.
-bool ReadTracks(Bytes& bytes, Gathered& gathered) {
+bool ReadTracks(ByteReader& bytes, Gathered& gathered) {
     bool any = false;
     while (!bytes.AtEnd()) {
         const std::optional<std::uint32_t> kind = bytes.Number(4);
@@ -242,7 +242,7 @@ bool ReadTracks(Bytes& bytes, Gathered& gathered) {
 } // namespace
 
 std::int32_t ParseMidiFile(std::span<const std::byte> text, MidiFileContents& contents) noexcept try {
-    Bytes bytes(text);
+    ByteReader bytes(text);
     const std::optional<Division> division = ReadHeader(bytes);
     Gathered gathered;
     if (!division || !ReadTracks(bytes, gathered)) return kCannotOpen;

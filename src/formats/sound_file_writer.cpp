@@ -10,7 +10,7 @@ namespace sonorelle {
 
 namespace {
 
-constexpr std::int32_t kChunkSamples = 32768; // converted and handed on at once
+constexpr std::int32_t kWriteSamples = 32768; // converted and handed on at once
 
 // Two channels of 16 bits reach this after three hours.
 constexpr std::int64_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
@@ -34,7 +34,7 @@ bool CSoundFileWriter::Open(const std::string& path, std::int32_t channelCount, 
     SF_VIRTUAL_IO io = {OnLength, OnSeek, nullptr, OnWrite, OnTell};
     sound_ = ::sf_open_virtual(&io, SFM_WRITE, &info, this);
     const bool isShort = (format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_16;
-    chunkFrames_ = std::max(kChunkSamples / channelCount, 1);
+    chunkFrames_ = std::max(kWriteSamples / channelCount, 1);
     const auto samples = static_cast<std::size_t>(chunkFrames_) * static_cast<std::size_t>(channelCount);
     shorts_.reset(isShort ? new (std::nothrow) std::int16_t[samples] : nullptr);
     floats_.reset(isShort ? nullptr : new (std::nothrow) float[samples]);

@@ -128,7 +128,6 @@ void ApplyDegreeWeights(const CKey& key, NoteChords& note) {
 // An augmented triad counts as major, a diminished one as minor, any other by the third that the scale has
 // above its root.
 bool CountsAsMinor(const CKey& key, const ChordRecord& chord) {
-    constexpr std::int32_t kThirdTone = 3;
     constexpr std::int32_t kMajorThird = 4;
     switch (chord.triadType) {
     case kMajorTriad:

@@ -16,12 +16,6 @@ namespace {
 constexpr std::int32_t kMinorThird = 3;
 constexpr std::int32_t kMajorThird = 4;
 
-// Scale tones counted from the chord root, itself the first.
-constexpr std::int32_t kRootTone = 1;
-constexpr std::int32_t kThirdTone = 3;
-constexpr std::int32_t kFifthTone = 5;
-constexpr std::int32_t kSeventhTone = 7;
-
 struct TriadRow {
     std::int32_t fifth, third; // semitones above the lowest note
     std::int32_t type;

@@ -9,6 +9,12 @@
 
 namespace sonorelle::ConsortierClassic {
 
+// Scale tones counted from the chord root, itself the first.
+inline constexpr std::int32_t kRootTone = 1;
+inline constexpr std::int32_t kThirdTone = 3;
+inline constexpr std::int32_t kFifthTone = 5;
+inline constexpr std::int32_t kSeventhTone = 7;
+
 // The chord of up to four pitches or pitch classes, in any inversion; a negative one is absent. With fewer
 // than three different pitch classes the root is 0 and both types are none; noteCount is then how many there
 // are. Example: (64, 67, 72, -1) is {0, 3, kMajorTriad, kNoTetrad}.

@@ -1,5 +1,6 @@
 #include "harmony/table_styles.h"
 
+#include "harmony/chords.h"
 #include "harmony/styles.h"
 #include "platform/result_codes.h"
 
@@ -127,7 +128,6 @@ constexpr std::int32_t kPerfectFourth = 5; // semitones
 // In steps of the harmony scale.
 constexpr std::int32_t kTenorIntervals[kVoiceSlots]   = { 0,  3, -2, 0 }; // a fourth above, a third below
 constexpr std::int32_t kDescantIntervals[kVoiceSlots] = { 0, -3, -5, 0 }; // a fourth below, a sixth below
-constexpr std::int32_t kThirdTone  = 3;
 constexpr std::int32_t kFourthTone = 4;
 constexpr std::int32_t kSixthTone  = 6;
 

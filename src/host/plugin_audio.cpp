@@ -1,5 +1,6 @@
 // What the audio thread does: the transport, the block, the keys that come in, the notes that go out.
 
+#include "app/beat_grid.h"
 #include "host/plugin_core.h"
 
 #include "app/application.h"
@@ -20,7 +21,6 @@ constexpr double kFastestTempo = 999;
 bool IsTempo(double tempo) { return tempo > 0 && tempo < kFastestTempo; }
 
 // A host that counts no beats sends zeros.
-constexpr std::int32_t kUsualMetre = 4;
 std::int32_t CleanMetre(std::int32_t count) { return count < 1 ? kUsualMetre : count; }
 
 // MIDI.

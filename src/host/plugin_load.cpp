@@ -8,6 +8,7 @@
 // GuiLock is held all the way, so that two loads never mix; FileLock only where the audio thread would see
 // it.
 
+#include "app/beat_grid.h"
 #include "host/plugin_core.h"
 
 #include "app/application.h"
@@ -24,14 +25,10 @@ namespace sonorelle {
 
 namespace {
 
-constexpr const char* kErrorTitle = "Error!";
-constexpr const char* kWarningTitle = "Warning!";
 constexpr const char* kNotLoaded = "Could not load audio file!";
 constexpr const char* kTooManyChannels = "Only mono and stereo audio files are supported!";
 constexpr const char* kRateTooLow = "Samplerate below 11kHz not supported!";
 constexpr const char* kOtherRate = "Samplerate of loaded file and host mismatch!";
-
-constexpr std::int32_t kUsualMetre = 4;
 
 } // namespace
 

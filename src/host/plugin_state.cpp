@@ -23,7 +23,6 @@ namespace sonorelle {
 
 namespace {
 
-constexpr const char* kWarningTitle = "Warning!";
 constexpr const char* kDoesNotFit = "The saved arrangement does not fit this recording's analysis!";
 constexpr const char* kNewerVersion = "The saved arrangement comes from a newer version!";
 constexpr const char* kLocateTitle = "Please Locate Audio File: ";

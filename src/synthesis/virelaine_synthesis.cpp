@@ -21,7 +21,7 @@ constexpr double kSwingScale = 0.5;
 constexpr double kPhasePerAmount = 0.25;
 
 // Grains in a row that add no output: half-sample periods at the highest pitch. More are no recording.
-constexpr std::int32_t kMostIdleGrains = 4096;
+constexpr std::int32_t kMostIdleVoiceGrains = 4096;
 
 bool IsRatio(float value) { return std::isfinite(value) && value > 0; }
 
@@ -151,7 +151,7 @@ std::int32_t CvirelaineSynthesis::RenderGrains(float gain) {
         readPosition += advance;
         timeline += advance;
         idle = outPeriod > 0 ? 0 : idle + 1;
-        if (idle > kMostIdleGrains) return kMarksExhausted;
+        if (idle > kMostIdleVoiceGrains) return kMarksExhausted;
     }
     return 0;
 }

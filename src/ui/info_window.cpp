@@ -18,8 +18,8 @@ namespace {
 constexpr int kWidth = 320; // pixels
 constexpr int kHeight = 190;
 constexpr int kPictureHeight = 110;
-constexpr int kButtonWidth = 90;
-constexpr int kButtonHeight = 22;
+constexpr int kInfoButtonWidth = 90;
+constexpr int kInfoButtonHeight = 22;
 constexpr Colour kNight = ColourFromRgb(0x232a33);
 
 // One sung line, and three that go with it.
@@ -54,13 +54,13 @@ CkvoInfoWindow::CkvoInfoWindow(const std::string& versionText, std::string updat
     : CkvoDialog(kWidth, kHeight, "sonorelle"), version(versionText), address(std::move(updateAddress)) {
     set_non_modal();
     const auto button = [this](const char* label, int left) {
-        auto* made = new Fl_Button(left, kHeight - kButtonHeight - 10, kButtonWidth, kButtonHeight, label);
+        auto* made = new Fl_Button(left, kHeight - kInfoButtonHeight - 10, kInfoButtonWidth, kInfoButtonHeight, label);
         made->box(kvoRPlasticBox());
         made->down_box(kvosRPlasticBox());
         return made;
     };
-    const int pair = kWidth / 2 - kButtonWidth - 5;
-    button("Close", HasUpdateButton() ? kWidth / 2 + 5 : (kWidth - kButtonWidth) / 2)
+    const int pair = kWidth / 2 - kInfoButtonWidth - 5;
+    button("Close", HasUpdateButton() ? kWidth / 2 + 5 : (kWidth - kInfoButtonWidth) / 2)
         ->callback([](Fl_Widget* widget, void*) { widget->top_window()->hide(); });
     if (HasUpdateButton()) {
         Fl_Button* update = button("Update", pair);

@@ -29,15 +29,34 @@ const Route* RouteOf(Window source) {
     return found != routes.end() ? &*found : nullptr;
 }
 
-// The host's window may leave keys to a window around it, which the server finds.
+// The window that the server would offer a key next: hosts put windows of others around ours that do not
+// listen to keys. 0 when none does. A host's toolkit knows its own windows alone, so that the event must bear
+// the name of this one: the server, looking for it by itself, leaves the name as it was.
+Window ListenerFrom(Window window) {
+    while (window != 0) {
+        XWindowAttributes attributes;
+        if (XGetWindowAttributes(fl_display, window, &attributes) == 0) return 0;
+        if ((attributes.all_event_masks & KeyPressMask) != 0) return window;
+        Window parent = 0;
+        Window* children = nullptr;
+        unsigned count = 0;
+        if (XQueryTree(fl_display, window, &attributes.root, &parent, &children, &count) == 0) return 0;
+        if (children != nullptr) XFree(children);
+        window = parent != attributes.root ? parent : 0;
+    }
+    return 0;
+}
+
 void Send(const Route& route, const XEvent& event) {
+    const Window listener = ListenerFrom(route.to);
+    if (listener == 0) return;
     XEvent copy = event;
-    copy.xkey.window = route.to;
+    copy.xkey.window = listener;
     copy.xkey.subwindow = 0;
     Window child = 0;
-    XTranslateCoordinates(fl_display, event.xkey.root, route.to, event.xkey.x_root, event.xkey.y_root,
+    XTranslateCoordinates(fl_display, event.xkey.root, listener, event.xkey.x_root, event.xkey.y_root,
                           &copy.xkey.x, &copy.xkey.y, &child);
-    XSendEvent(fl_display, route.to, True, event.type == KeyPress ? KeyPressMask : KeyReleaseMask, &copy);
+    XSendEvent(fl_display, listener, False, event.type == KeyPress ? KeyPressMask : KeyReleaseMask, &copy);
     XFlush(fl_display);
 }
 

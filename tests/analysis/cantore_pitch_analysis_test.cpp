@@ -2,6 +2,7 @@
 
 #include "analysis/pitch_marks.h"
 #include "platform/result_codes.h"
+#include "support/hostile_numbers.h"
 #include "support/synthetic_singer.h"
 
 #include <gtest/gtest.h>
@@ -9,18 +10,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace sonorelle {
 namespace {
-
-constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // A melody of three notes with rests between, as marks: 60, 64 and 67, half a second each.
 void AddMelody(CPitchMarks& marks) {
@@ -82,7 +77,8 @@ TEST_F(CantorePitchAnalysis, OtherStagesDoNothing) {
     AddMelody(marks);
     ASSERT_EQ(analysis->RunStage(0), kOk);
     const std::vector<AnalysisFrame> before = GetFrames();
-    for (const std::int32_t index : {-1, 9, 10, kLowest, kHighest}) EXPECT_EQ(analysis->RunStage(index), kOk);
+    for (const std::int32_t index : {-1, 9, 10, kSmallestI32, kLargestI32})
+        EXPECT_EQ(analysis->RunStage(index), kOk);
     const std::vector<AnalysisFrame> after = GetFrames();
     ASSERT_EQ(after.size(), before.size());
     for (std::size_t i = 0; i < after.size(); ++i) ASSERT_EQ(after[i].level, before[i].level);
@@ -162,7 +158,7 @@ TEST_F(CantorePitchAnalysis, MeasureRangeRefusesBadIndicesAndLeavesItsOutputs) {
     EXPECT_EQ(analysis->MeasureRange(pitch, level, 2, 1), kBadArgument);
     EXPECT_EQ(analysis->MeasureRange(pitch, level, 0, 4), kBadArgument);
     EXPECT_EQ(analysis->MeasureRange(pitch, level, 4, 4), kBadArgument);
-    EXPECT_EQ(analysis->MeasureRange(pitch, level, kLowest, kHighest), kBadArgument);
+    EXPECT_EQ(analysis->MeasureRange(pitch, level, kSmallestI32, kLargestI32), kBadArgument);
     EXPECT_EQ(pitch, 1.5F);
     EXPECT_EQ(level, 2.5F);
 }
@@ -278,7 +274,7 @@ TEST_F(CantorePitchAnalysis, SetFramesAndSetNotesRefuseBadArguments) {
     const NoteRecord note;
     EXPECT_EQ(analysis->SetFrames(&frame, -1), kBadArgument);
     EXPECT_EQ(analysis->SetFrames(nullptr, 1), kBadArgument);
-    EXPECT_EQ(analysis->SetNotes(&note, kLowest), kBadArgument);
+    EXPECT_EQ(analysis->SetNotes(&note, kSmallestI32), kBadArgument);
     EXPECT_EQ(analysis->SetNotes(nullptr, 1), kBadArgument);
     EXPECT_EQ(GetFrames().size(), 3U);
     EXPECT_EQ(analysis->SetFrames(nullptr, 0), kOk);
@@ -304,7 +300,7 @@ TEST(CreatePitchAnalysis, RefusesWhatItCannotAnalyse) {
     for (const float rate : {0.0F, -44100.0F, 7999.0F, 256000.0F, kNaN, kInfinity}) {
         EXPECT_EQ(CreatePitchAnalysis(analysis, &marks, rate, 1), kBadArgument) << rate;
     }
-    for (const std::int32_t channels : {-1, 0, 48, kLowest, kHighest}) {
+    for (const std::int32_t channels : {-1, 0, 48, kSmallestI32, kLargestI32}) {
         EXPECT_EQ(CreatePitchAnalysis(analysis, &marks, 44100.0F, channels), kBadArgument) << channels;
     }
     EXPECT_EQ(analysis, nullptr);
@@ -417,11 +413,11 @@ constexpr OddList kOddLists[] = {
      }},
     {"PositionsAtTheUpperLimit",
      [](std::int32_t i, std::int32_t count, Random&) {
-         return AnalysisFrame{60.0F + static_cast<float>(i % 14), 1, 1, kHighest - (count - 1 - i) * 100};
+         return AnalysisFrame{60.0F + static_cast<float>(i % 14), 1, 1, kLargestI32 - (count - 1 - i) * 100};
      }},
     {"PositionsFarApart",
      [](std::int32_t i, std::int32_t count, Random&) {
-         return AnalysisFrame{60.0F + static_cast<float>(i % 14), 1, 1, kHighest / count * i};
+         return AnalysisFrame{60.0F + static_cast<float>(i % 14), 1, 1, kLargestI32 / count * i};
      }},
     {"NeighbouringPositions",
      [](std::int32_t i, std::int32_t, Random& random) {

@@ -1,19 +1,17 @@
 #include "analysis/frame_locator.h"
 
+#include "support/hostile_numbers.h"
 #include "support/literal_note_model.h"
 #include "support/synthetic_singer.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
 namespace sonorelle {
 namespace {
-
-constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
 
 // One frame every 100 samples; 'v' is voiced.
 std::vector<AnalysisFrame> FramesLike(const std::string& voicing) {
@@ -138,12 +136,12 @@ TEST(FrameLocator, FrameSetUnvoicedEndsTheRun) {
 
 TEST(FrameLocator, PositionsNearTheirLimitDoNotOverflow) {
     std::vector<AnalysisFrame> frames = FramesLike("vvvvv");
-    for (AnalysisFrame& frame : frames) frame.position += kHighest - 400;
-    FrameWindow window{0, 0, kHighest - 400, static_cast<std::int64_t>(kHighest) + 100000};
+    for (AnalysisFrame& frame : frames) frame.position += kLargestI32 - 400;
+    FrameWindow window{0, 0, kLargestI32 - 400, static_cast<std::int64_t>(kLargestI32) + 100000};
     FrameLocator(frames).Locate(window, 100, 100000);
     EXPECT_EQ(window.first, 0);
     EXPECT_EQ(window.last, 4);
-    EXPECT_EQ(window.end, kHighest);
+    EXPECT_EQ(window.end, kLargestI32);
 }
 
 // Beside a search that walks the list frame by frame: random runs, random distances, windows that begin

@@ -1,5 +1,6 @@
 #include "analysis/frame_stages.h"
 
+#include "analysis/frames_with_pitches.h"
 #include "analysis/pitch_marks.h"
 
 #include <gtest/gtest.h>
@@ -15,15 +16,6 @@ constexpr float kRate = 44100.0F;
 constexpr std::int32_t kStep = 100; // samples between frames: a voice at 441 Hz
 
 const AnalysisLengths kLengths = AnalysisLengths::For(kRate);
-
-Frames FramesWithPitches(const std::vector<float>& pitches, std::int32_t step = kStep) {
-    Frames frames;
-    for (const float pitch : pitches) {
-        const auto position = static_cast<std::int32_t>(frames.size()) * step;
-        frames.push_back({pitch, 0.5F, 1, position});
-    }
-    return frames;
-}
 
 Frames FramesWithLevels(const std::vector<float>& levels) {
     Frames frames = FramesWithPitches(std::vector<float>(levels.size(), 60.0F));

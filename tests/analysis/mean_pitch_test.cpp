@@ -1,25 +1,17 @@
 #include "analysis/mean_pitch.h"
 
+#include "analysis/frames_with_pitches.h"
+#include "support/hostile_numbers.h"
 #include "support/literal_note_model.h"
 #include "support/synthetic_singer.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
 
 namespace sonorelle {
 namespace {
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-std::vector<AnalysisFrame> FramesWithPitches(const std::vector<float>& pitches) {
-    std::vector<AnalysisFrame> frames;
-    for (const float pitch : pitches)
-        frames.push_back({pitch, 0.5F, 1, static_cast<std::int32_t>(frames.size()) * 100});
-    return frames;
-}
 
 float MeanOf(const std::vector<AnalysisFrame>& frames, bool stable = false) {
     std::vector<float> scratch;

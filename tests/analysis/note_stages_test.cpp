@@ -1,27 +1,24 @@
 #include "analysis/note_stages.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 namespace sonorelle {
 namespace {
 
-constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-constexpr std::int32_t kStep = 100; // samples between frames
+constexpr std::int32_t kFrameStep = 100; // samples between frames
 constexpr NoteRules kRules{44100.0F, 0.75F, 1852, 4057};
 
 // Voiced frames of one pitch.
 std::vector<AnalysisFrame> SteadyFrames(std::int32_t count, float pitch = 60.0F, float level = 0.03125F) {
     std::vector<AnalysisFrame> frames;
-    for (std::int32_t i = 0; i < count; ++i) frames.push_back({pitch, level, 1, i * kStep});
+    for (std::int32_t i = 0; i < count; ++i) frames.push_back({pitch, level, 1, i * kFrameStep});
     return frames;
 }
 
@@ -38,7 +35,7 @@ void SetPitches(std::vector<AnalysisFrame>& frames, std::int32_t first, std::int
 }
 
 NoteRecord Note(std::int32_t first, std::int32_t last, float pitch = 60.0F, float level = 0.03125F) {
-    return {pitch, level, (last - first) * kStep, first * kStep, last * kStep, first, last};
+    return {pitch, level, (last - first) * kFrameStep, first * kFrameStep, last * kFrameStep, first, last};
 }
 
 std::vector<NoteRecord> Cleaned(std::vector<NoteRecord> notes, const std::vector<AnalysisFrame>& frames,
@@ -50,9 +47,9 @@ std::vector<NoteRecord> Cleaned(std::vector<NoteRecord> notes, const std::vector
 void ExpectSpan(const NoteRecord& note, std::int32_t first, std::int32_t last) {
     EXPECT_EQ(note.firstFrame, first);
     EXPECT_EQ(note.lastFrame, last);
-    EXPECT_EQ(note.start, first * kStep);
-    EXPECT_EQ(note.end, last * kStep);
-    EXPECT_EQ(note.length, (last - first) * kStep);
+    EXPECT_EQ(note.start, first * kFrameStep);
+    EXPECT_EQ(note.end, last * kFrameStep);
+    EXPECT_EQ(note.length, (last - first) * kFrameStep);
 }
 
 TEST(BuildNotes, WithoutVoicedFramesThereAreNone) {
@@ -347,8 +344,8 @@ TEST(CleanUpNotes, ANoteWithOneVoicedFrameIsAGlide) {
 
 TEST(CleanUpNotes, AnyNotesAreSafe) {
     std::vector<NoteRecord> notes;
-    for (const std::int32_t a : {kLowest, -1, 0, 50, 99, 100, kHighest}) {
-        for (const std::int32_t b : {kLowest, -1, 0, 50, 99, 100, kHighest}) {
+    for (const std::int32_t a : {kSmallestI32, -1, 0, 50, 99, 100, kLargestI32}) {
+        for (const std::int32_t b : {kSmallestI32, -1, 0, 50, 99, 100, kLargestI32}) {
             for (const float level : {0.0F, 0.03F, 0.5F, kNaN}) {
                 notes.push_back({60.0F, level, 2000, a, b, a, b});
                 notes.push_back({kNaN, level, b, b, a, b, a});
@@ -368,12 +365,12 @@ TEST(CleanUpNotes, AnyNotesAreSafe) {
 TEST(CleanUpNotes, AnyPositionsAndPitchesAreSafe) {
     std::vector<AnalysisFrame> frames = SteadyFrames(100);
     for (std::size_t i = 0; i < frames.size(); ++i) {
-        frames[i].position = i % 2 == 0 ? kLowest : kHighest;
+        frames[i].position = i % 2 == 0 ? kSmallestI32 : kLargestI32;
         frames[i].pitch = i % 3 == 0 ? kNaN : 60.0F;
     }
     std::vector<NoteRecord> notes = BuildNotes(frames, frames);
-    notes.push_back({60.0F, 0.5F, 10, kLowest, kHighest, 5, 90});
-    notes.push_back({60.0F, 0.5F, 10, kHighest, kLowest, 5, 90});
+    notes.push_back({60.0F, 0.5F, 10, kSmallestI32, kLargestI32, 5, 90});
+    notes.push_back({60.0F, 0.5F, 10, kLargestI32, kSmallestI32, 5, 90});
     CleanUpNotes(notes, frames, kRules);
     EXPECT_LE(notes.size(), 3U);
 }

@@ -2,6 +2,8 @@
 
 #include "analysis/frame_stages.h"
 
+#include "analysis/frames_with_pitches.h"
+#include "support/hostile_numbers.h"
 #include "support/synthetic_singer.h"
 
 #include <gtest/gtest.h>
@@ -9,29 +11,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 namespace sonorelle {
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-const AnalysisLengths kLengths = AnalysisLengths::For(44100.0F);
-
-Frames FramesWithPitches(const std::vector<float>& pitches) {
-    Frames frames;
-    for (const float pitch : pitches) {
-        const auto position = static_cast<std::int32_t>(frames.size()) * 100;
-        frames.push_back({pitch, 0.5F, 1, position});
-    }
-    return frames;
-}
+const AnalysisLengths kSmoothingLengths = AnalysisLengths::For(44100.0F);
 
 Frames Smoothed(const Frames& frames) {
     Frames smoothed = frames;
-    SmoothByMedian(frames, smoothed, kLengths);
+    SmoothByMedian(frames, smoothed, kSmoothingLengths);
     return smoothed;
 }
 
@@ -51,7 +40,7 @@ std::vector<std::size_t> UnvoicedFrames(const Frames& frames) {
 
 std::vector<std::size_t> SplitsOf(const std::vector<float>& pitches) {
     Frames frames = FramesWithPitches(pitches);
-    SplitAtSteps(frames, kLengths);
+    SplitAtSteps(frames, kSmoothingLengths);
     return UnvoicedFrames(frames);
 }
 
@@ -136,7 +125,7 @@ TEST(SplitAtSteps, AGlideBetweenTwoNotesIsSplitOnce) {
 TEST(SplitAtSteps, PitchesStay) {
     const std::vector<float> pitches = Plateaus({60.0F, 62.0F, 59.0F}, 100);
     Frames frames = FramesWithPitches(pitches);
-    SplitAtSteps(frames, kLengths);
+    SplitAtSteps(frames, kSmoothingLengths);
     for (std::size_t i = 0; i < pitches.size(); ++i) ASSERT_EQ(frames[i].pitch, pitches[i]);
 }
 
@@ -145,15 +134,15 @@ TEST(SplitAtSteps, PitchesThatAreNoNumbersEnd) {
         // One lone voiced frame: the window then ends on a frame that is unvoiced already.
         Frames lone = FramesWithPitches(std::vector<float>(100, odd));
         for (std::size_t i = 0; i < lone.size(); ++i) lone[i].voiced = i == 50 ? 1 : 0;
-        SplitAtSteps(lone, kLengths);
+        SplitAtSteps(lone, kSmoothingLengths);
         // Long runs of them.
         Frames run = FramesWithPitches(std::vector<float>(5000, odd));
-        SplitAtSteps(run, kLengths);
+        SplitAtSteps(run, kSmoothingLengths);
         // And some among numbers.
         std::vector<float> mixed(5000, 60.0F);
         for (std::size_t i = 0; i < mixed.size(); i += 50) mixed[i] = odd;
         Frames frames = FramesWithPitches(mixed);
-        SplitAtSteps(frames, kLengths);
+        SplitAtSteps(frames, kSmoothingLengths);
         EXPECT_EQ(frames.size(), mixed.size());
     }
 }

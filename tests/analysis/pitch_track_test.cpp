@@ -2,6 +2,7 @@
 
 #include "dsp/ring_buffer.h"
 #include "platform/result_codes.h"
+#include "support/noise.h"
 #include "support/synthetic_singer.h"
 
 #include <gtest/gtest.h>
@@ -10,11 +11,12 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <random>
 #include <vector>
 
 namespace sonorelle {
 namespace {
+
+using test::Noise;
 
 constexpr std::int32_t kFine = static_cast<std::int32_t>(PitchTrackMode::kFine);
 constexpr std::int32_t kQuick = static_cast<std::int32_t>(PitchTrackMode::kQuick);
@@ -25,14 +27,6 @@ std::unique_ptr<CPitchTrack> Make(std::int32_t rate, std::int32_t channels = 1, 
     std::unique_ptr<CPitchTrack> tracker;
     EXPECT_EQ(CreatePitchTrack(tracker, rate, channels, mode), kOk);
     return tracker;
-}
-
-std::vector<float> Noise(std::size_t count, unsigned generator) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-1.0F, 1.0F);
-    std::vector<float> noise(count);
-    for (float& value : noise) value = sample(random);
-    return noise;
 }
 
 std::vector<float> Sung(double hertz, double seconds, double rate, double peak = 0.5) {

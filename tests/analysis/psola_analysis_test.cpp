@@ -1,5 +1,6 @@
 #include "analysis/psola_analysis.h"
 
+#include "analysis/mark_records.h"
 #include "analysis/pitch_marks.h"
 #include "platform/result_codes.h"
 #include "support/melodies.h"
@@ -48,12 +49,6 @@ void Feed(CPSOLAAnalysis& finder, const Channels& signal, Cut cut, std::size_t f
         ASSERT_EQ(finder.Process(pointers.data(), static_cast<std::int32_t>(count)), kOk);
         at += count;
     }
-}
-
-std::vector<PitchMarkRecord> RecordsOf(const CPitchMarks& marks) {
-    const PitchMarkRecord* data = nullptr;
-    const std::int32_t count = marks.GetData(data);
-    return {data, data + count};
 }
 
 std::vector<PitchMarkRecord> FindMarks(const Channels& signal, MarkFinderSettings settings, Cut cut) {

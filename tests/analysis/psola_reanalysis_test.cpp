@@ -1,3 +1,4 @@
+#include "analysis/mark_records.h"
 #include "analysis/pitch_marks.h"
 #include "analysis/psola_analysis.h"
 #include "platform/result_codes.h"
@@ -16,12 +17,6 @@ namespace {
 
 constexpr std::int32_t kPulsePeriod = 100; // 441 Hz at 44.1 kHz
 
-std::vector<PitchMarkRecord> RecordsOf(const CPitchMarks& marks) {
-    const PitchMarkRecord* data = nullptr;
-    const std::int32_t count = marks.GetData(data);
-    return {data, data + count};
-}
-
 bool SameRecord(const PitchMarkRecord& a, const PitchMarkRecord& b) {
     return a.position == b.position && a.energy == b.energy && a.transient == b.transient &&
            a.voicing == b.voicing && a.pitchChange == b.pitchChange && a.period == b.period;
@@ -32,7 +27,7 @@ void ExpectSame(const std::vector<PitchMarkRecord>& a, const std::vector<PitchMa
     for (std::size_t i = 0; i < a.size(); ++i) ASSERT_TRUE(SameRecord(a[i], b[i])) << "mark " << i;
 }
 
-std::vector<float> PulseTrain(std::int32_t period, std::size_t frames) {
+std::vector<float> PulsePairs(std::int32_t period, std::size_t frames) {
     std::vector<float> train(frames, 0.0F);
     for (std::size_t i = 40; i + 1 < frames; i += static_cast<std::size_t>(period)) {
         train[i] = 0.8F;
@@ -72,7 +67,7 @@ protected:
 };
 
 TEST_P(ReanalyseRange, ReplacesTheMarksOfTheStretchByMarksOfThePitch) {
-    Analyse(PulseTrain(kPulsePeriod, 80000));
+    Analyse(PulsePairs(kPulsePeriod, 80000));
     const auto from = static_cast<std::int32_t>(before.size() / 3);
     const std::int32_t start = before[static_cast<std::size_t>(from)].position;
     constexpr std::int32_t kCount = 20000;
@@ -178,7 +173,7 @@ TEST_P(ReanalyseRange, TheListRisesWhateverPitchIsTold) {
 }
 
 TEST_P(ReanalyseRange, AStretchOfOneSampleOrUpToTheEndIsFine) {
-    Analyse(PulseTrain(kPulsePeriod, 30000));
+    Analyse(PulsePairs(kPulsePeriod, 30000));
     ASSERT_EQ(Reanalyse(5, 1, 69.0F), kOk);
     const auto after = RecordsOf(marks);
     for (std::size_t i = 1; i < after.size(); ++i) ASSERT_GT(after[i].position, after[i - 1].position) << i;
@@ -198,7 +193,7 @@ TEST_P(ReanalyseRange, SilenceGetsMarksToo) {
 }
 
 TEST_P(ReanalyseRange, BadArgumentsChangeNothing) {
-    Analyse(PulseTrain(kPulsePeriod, 30000));
+    Analyse(PulsePairs(kPulsePeriod, 30000));
     constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
     const float* const channels[] = {signal.data()};
     EXPECT_EQ(finder.ReanalyseRange(nullptr, 1000, 3, 69.0F), kBadArgument);

@@ -23,15 +23,15 @@ namespace {
 
 using test::SlowPitchAnalysis;
 
-constexpr std::int32_t kRate = 11025;
+constexpr std::int32_t kTrackerRate = 11025;
 constexpr std::int32_t kSize = 8192;
-constexpr std::int32_t kFrame = 1024;
-constexpr std::int32_t kHop = 512;
+constexpr std::int32_t kFrameSamples = 1024;
+constexpr std::int32_t kHopSamples = 512;
 constexpr double kBinHertz = 11025.0 / 8192.0;
 
 class CPTAnalysisFixture : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(analysis.Init(kRate, kSize, kFrame), kOk); }
+    void SetUp() override { ASSERT_EQ(analysis.Init(kTrackerRate, kSize, kFrameSamples), kOk); }
 
     const PitchTrackResult& Process(const std::vector<float>& frame) {
         analysis.Process(frame.data(), result);
@@ -44,11 +44,12 @@ protected:
 
 // A voice of ten harmonics that fall off by 1 / h, from sample `start` on.
 std::vector<float> Voice(double hertz, double amplitude = 0.3, std::int32_t start = 0, int harmonics = 10) {
-    std::vector<float> frame(kFrame);
-    for (std::int32_t i = 0; i < kFrame; ++i) {
+    std::vector<float> frame(kFrameSamples);
+    for (std::int32_t i = 0; i < kFrameSamples; ++i) {
         double sum = 0.0;
         for (int h = 1; h <= harmonics && h * hertz < 5000.0; ++h) {
-            sum += std::sin(2.0 * std::numbers::pi * h * hertz * (start + i) / kRate + 0.3 * h * h) / h;
+            sum +=
+                std::sin(2.0 * std::numbers::pi * h * hertz * (start + i) / kTrackerRate + 0.3 * h * h) / h;
         }
         frame[static_cast<std::size_t>(i)] = static_cast<float>(amplitude * sum);
     }
@@ -62,10 +63,10 @@ std::vector<float> Sum(std::vector<float> a, const std::vector<float>& b, float 
     return a;
 }
 
-std::vector<float> Noise(unsigned generator, float peak = 1.0F) {
+std::vector<float> NoiseFrame(unsigned generator, float peak = 1.0F) {
     std::mt19937 random(generator);
     std::uniform_real_distribution<float> sample(-peak, peak);
-    std::vector<float> noise(kFrame);
+    std::vector<float> noise(kFrameSamples);
     for (float& value : noise) value = sample(random);
     return noise;
 }
@@ -77,7 +78,7 @@ double Cents(double a, double b) { return 1200.0 * std::log2(a / b); }
 SlowPitchAnalysis::Events ExpectTheSameDecisions(const std::vector<float>& signal, const char* name,
                                                  bool afterReset = false) {
     CPTAnalysis analysis;
-    EXPECT_EQ(analysis.Init(kRate, kSize, kFrame), kOk);
+    EXPECT_EQ(analysis.Init(kTrackerRate, kSize, kFrameSamples), kOk);
     SlowPitchAnalysis slow;
     if (afterReset) {
         analysis.Reset();
@@ -85,7 +86,7 @@ SlowPitchAnalysis::Events ExpectTheSameDecisions(const std::vector<float>& signa
     }
     PitchTrackResult got;
     SlowPitchAnalysis::Result expected;
-    for (std::size_t at = 0; at + kFrame <= signal.size(); at += kHop) {
+    for (std::size_t at = 0; at + kFrameSamples <= signal.size(); at += kHopSamples) {
         analysis.Process(signal.data() + at, got);
         slow.Process(signal.data() + at, expected);
         const auto pitch = static_cast<double>(got.pitch);
@@ -97,15 +98,15 @@ SlowPitchAnalysis::Events ExpectTheSameDecisions(const std::vector<float>& signa
         if (!same) {
             const auto& margins = slow.GetMargins();
             EXPECT_TRUE(margins.product < 1e-5 || margins.sum < 1e-5 || margins.salience < 1e-3)
-                << name << ", frame " << at / kHop << ": " << pitch << " Hz " << got.salience << " dB, not "
-                << expected.pitch << " Hz " << expected.salience << " dB";
+                << name << ", frame " << at / kHopSamples << ": " << pitch << " Hz " << got.salience
+                << " dB, not " << expected.pitch << " Hz " << expected.salience << " dB";
             // From here on they may remember different pitches; the same pitch from the bin beside does no
             // harm.
             if (!samePitch) return slow.GetEvents();
         }
         EXPECT_NEAR(static_cast<double>(got.rms), expected.rms, 1e-5 * expected.rms + 2e-12) << name;
         EXPECT_NEAR(static_cast<double>(got.change), expected.change, 2e-3)
-            << name << ", frame " << at / kHop;
+            << name << ", frame " << at / kHopSamples;
         if (expected.rms > 1e-9) {
             EXPECT_NEAR(static_cast<double>(got.rise), expected.rise, 1e-5 * (1.0 + std::fabs(expected.rise)))
                 << name;
@@ -116,7 +117,7 @@ SlowPitchAnalysis::Events ExpectTheSameDecisions(const std::vector<float>& signa
 
 test::SingerSettings SingerAtTheTrackersRate() {
     test::SingerSettings settings;
-    settings.sampleRate = kRate;
+    settings.sampleRate = kTrackerRate;
     return settings;
 }
 
@@ -168,11 +169,11 @@ TEST(CPTAnalysis, DecidesAsTheSlowModelWhenEveryCorrectionIsNeeded) {
             for (float& strength : strengths)
                 strength = unit(random) < 0.3F ? 0.0F : std::pow(unit(random), 3.0F);
             const float noise = 0.3F * std::pow(unit(random), 2.0F);
-            for (int i = 0; i < 2 * kHop; ++i) {
+            for (int i = 0; i < 2 * kHopSamples; ++i) {
                 double sum = static_cast<double>(noise * (2.0F * unit(random) - 1.0F));
                 for (int h = 1; h <= 12 && h * hertz < 5400.0; ++h) {
                     sum += static_cast<double>(strengths[h - 1]) *
-                           std::sin(2.0 * std::numbers::pi * h * hertz * i / kRate);
+                           std::sin(2.0 * std::numbers::pi * h * hertz * i / kTrackerRate);
                 }
                 signal.push_back(static_cast<float>(0.3 * sum));
             }
@@ -200,7 +201,7 @@ TEST(CPTAnalysis, DecidesAsTheSlowModelOnRecordings) {
         ASSERT_EQ(file.OpenRead(entry.path().string(), 0, -1, -1), kOk) << entry.path();
         const auto frames = static_cast<std::size_t>(file.GetLength());
         const auto channels = static_cast<std::size_t>(file.GetNumChannels());
-        if (file.GetSampleRate() < static_cast<float>(kRate)) continue;
+        if (file.GetSampleRate() < static_cast<float>(kTrackerRate)) continue;
         ++files;
         std::vector<std::vector<float>> samples(channels, std::vector<float>(frames));
         std::vector<float*> pointers;
@@ -212,7 +213,7 @@ TEST(CPTAnalysis, DecidesAsTheSlowModelOnRecordings) {
         ASSERT_EQ(preProcess.Init(static_cast<std::int32_t>(file.GetSampleRate()), 1), kOk);
         std::unique_ptr<RingBuffer> ring;
         ASSERT_EQ(RingBuffer::Create(ring, 16384), kOk);
-        std::vector<float> signal(kHop, 0.0F);
+        std::vector<float> signal(kHopSamples, 0.0F);
         for (std::size_t at = 0; at < frames; at += 1024) {
             std::vector<float> block(1024, 0.0F);
             for (std::size_t i = 0; i < 1024 && at + i < frames; ++i) {
@@ -232,7 +233,7 @@ TEST(CPTAnalysis, DecidesAsTheSlowModelOnRecordings) {
 TEST_F(CPTAnalysisFixture, FindsThePitchOfASteadyVoice) {
     for (const double hertz :
          {70.0, 82.41, 110.0, 155.56, 196.0, 220.0, 311.13, 440.0, 587.33, 783.99, 987.77}) {
-        for (int i = 0; i < 4; ++i) Process(Voice(hertz, 0.3, i * kHop));
+        for (int i = 0; i < 4; ++i) Process(Voice(hertz, 0.3, i * kHopSamples));
         // Hann's parabola through bins an eighth of a lobe apart is biased by less than a thirtieth of a bin;
         // low voices have neighbours under their lobe.
         EXPECT_NEAR(static_cast<double>(result.pitch), hertz, hertz < 100.0 ? 0.5 : 0.1);
@@ -251,16 +252,16 @@ TEST_F(CPTAnalysisFixture, PitchLiesOnAGridOfThirtiethsOfABin) {
 TEST_F(CPTAnalysisFixture, LevelCountsPositiveSamplesAlone) {
     EXPECT_NEAR(static_cast<double>(Process(Tone(500.0, 0.8)).rms), 0.4, 3e-3)
         << "A / 2, but for the last part of a period";
-    EXPECT_FLOAT_EQ(Process(std::vector<float>(kFrame, 0.5F)).rms, 0.5F);
-    EXPECT_LT(Process(std::vector<float>(kFrame, -0.5F)).rms, 1e-11F);
+    EXPECT_FLOAT_EQ(Process(std::vector<float>(kFrameSamples, 0.5F)).rms, 0.5F);
+    EXPECT_LT(Process(std::vector<float>(kFrameSamples, -0.5F)).rms, 1e-11F);
 }
 
 TEST_F(CPTAnalysisFixture, RiseIsRelativeToTheNewLevel) {
     EXPECT_FLOAT_EQ(Process(Tone(300.0, 0.2)).rise, 1.0F) << "from nothing";
     EXPECT_NEAR(static_cast<double>(Process(Tone(300.0, 0.4)).rise), 0.5, 1e-5);
     EXPECT_NEAR(static_cast<double>(Process(Tone(300.0, 0.1)).rise), -3.0, 1e-4);
-    Process(std::vector<float>(kFrame, 0.0F));
-    EXPECT_EQ(Process(std::vector<float>(kFrame, 0.0F)).rise, 0.0F);
+    Process(std::vector<float>(kFrameSamples, 0.0F));
+    EXPECT_EQ(Process(std::vector<float>(kFrameSamples, 0.0F)).rise, 0.0F);
 }
 
 TEST_F(CPTAnalysisFixture, ChangeComparesWithThePitchBefore) {
@@ -273,7 +274,7 @@ TEST_F(CPTAnalysisFixture, ChangeComparesWithThePitchBefore) {
 
 TEST_F(CPTAnalysisFixture, ASilentFrameIsUnvoicedWithSalienceZero) {
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(Process(std::vector<float>(kFrame, 0.0F)).salience, 0.0F);
+        EXPECT_EQ(Process(std::vector<float>(kFrameSamples, 0.0F)).salience, 0.0F);
         EXPECT_TRUE(std::isfinite(result.pitch));
     }
     // A clear voice, but with rms^2 of at most 1e-7: no salience is measured. Just louder it is.
@@ -291,12 +292,12 @@ TEST(CPTAnalysis, APitchAbove160HzNeeds5DecibelsOneBelowNeedsThreeAndAHalf) {
         for (int i = 0; i < 600; ++i) {
             if (!test::InSanitizerShare(i, 5)) continue;
             CPTAnalysis analysis;
-            ASSERT_EQ(analysis.Init(kRate, kSize, kFrame), kOk);
+            ASSERT_EQ(analysis.Init(kTrackerRate, kSize, kFrameSamples), kOk);
             SlowPitchAnalysis slow;
             PitchTrackResult result;
             SlowPitchAnalysis::Result expected;
-            const auto frame =
-                Sum(Voice(hertz), Noise(static_cast<unsigned>(i)), 0.5F + 0.004F * static_cast<float>(i));
+            const auto frame = Sum(Voice(hertz), NoiseFrame(static_cast<unsigned>(i)),
+                                   0.5F + 0.004F * static_cast<float>(i));
             analysis.Process(frame.data(), result);
             slow.Process(frame.data(), expected);
             if (std::fabs(slow.GetBinHertz() - hertz) > 5.0 || slow.GetMargins().salience < 1e-3) continue;
@@ -379,14 +380,14 @@ TEST_F(CPTAnalysisFixture, LoudnessDoesNotMoveThePitch) {
 }
 
 TEST_F(CPTAnalysisFixture, ExtremeFramesGiveFiniteNumbers) {
-    std::vector<std::vector<float>> frames = {Noise(1),
-                                              Noise(2, 1e-20F),
-                                              Noise(3, 1e-44F),
-                                              Noise(4, 1e15F),
-                                              std::vector<float>(kFrame, 1e-15F),
-                                              std::vector<float>(kFrame, -1e15F)};
-    std::vector<float> nyquist(kFrame), click(kFrame, 0.0F);
-    for (std::size_t i = 0; i < kFrame; ++i) nyquist[i] = i % 2 == 0 ? 1.0F : -1.0F;
+    std::vector<std::vector<float>> frames = {NoiseFrame(1),
+                                              NoiseFrame(2, 1e-20F),
+                                              NoiseFrame(3, 1e-44F),
+                                              NoiseFrame(4, 1e15F),
+                                              std::vector<float>(kFrameSamples, 1e-15F),
+                                              std::vector<float>(kFrameSamples, -1e15F)};
+    std::vector<float> nyquist(kFrameSamples), click(kFrameSamples, 0.0F);
+    for (std::size_t i = 0; i < kFrameSamples; ++i) nyquist[i] = i % 2 == 0 ? 1.0F : -1.0F;
     click[500] = 1.0F;
     frames.push_back(nyquist);
     frames.push_back(click);
@@ -406,19 +407,19 @@ TEST_F(CPTAnalysisFixture, ExtremeFramesGiveFiniteNumbers) {
 
 TEST(CPTAnalysis, RefusesWhatItCannotWorkWith) {
     CPTAnalysis analysis;
-    EXPECT_EQ(analysis.Init(0, kSize, kFrame), kBadArgument);
-    EXPECT_EQ(analysis.Init(-1, kSize, kFrame), kBadArgument);
-    EXPECT_EQ(analysis.Init(kRate, 512, 256), kBadArgument);
-    EXPECT_EQ(analysis.Init(kRate, 5000, kFrame), kBadArgument) << "no power of two";
-    EXPECT_EQ(analysis.Init(kRate, -8192, kFrame), kBadArgument);
-    EXPECT_EQ(analysis.Init(kRate, kSize, 1), kBadArgument);
-    EXPECT_EQ(analysis.Init(kRate, kSize, kSize + 1), kBadArgument);
-    EXPECT_EQ(analysis.Init(kRate, kSize, kFrame), kOk);
+    EXPECT_EQ(analysis.Init(0, kSize, kFrameSamples), kBadArgument);
+    EXPECT_EQ(analysis.Init(-1, kSize, kFrameSamples), kBadArgument);
+    EXPECT_EQ(analysis.Init(kTrackerRate, 512, 256), kBadArgument);
+    EXPECT_EQ(analysis.Init(kTrackerRate, 5000, kFrameSamples), kBadArgument) << "no power of two";
+    EXPECT_EQ(analysis.Init(kTrackerRate, -8192, kFrameSamples), kBadArgument);
+    EXPECT_EQ(analysis.Init(kTrackerRate, kSize, 1), kBadArgument);
+    EXPECT_EQ(analysis.Init(kTrackerRate, kSize, kSize + 1), kBadArgument);
+    EXPECT_EQ(analysis.Init(kTrackerRate, kSize, kFrameSamples), kOk);
 }
 
 TEST(CPTAnalysis, TheQuickFramingFindsPitchTooIfLessFinely) {
     CPTAnalysis analysis;
-    ASSERT_EQ(analysis.Init(kRate, 2048, 512), kOk);
+    ASSERT_EQ(analysis.Init(kTrackerRate, 2048, 512), kOk);
     PitchTrackResult result;
     for (int i = 0; i < 3; ++i) analysis.Process(Voice(330.0, 0.3, 64 * i).data(), result);
     EXPECT_NEAR(static_cast<double>(result.pitch), 330.0, 1.0);

@@ -4,6 +4,7 @@
 #include "dsp/resample_base.h"
 #include "dsp/ring_buffer.h"
 #include "platform/result_codes.h"
+#include "support/noise.h"
 
 #include <gtest/gtest.h>
 
@@ -19,16 +20,10 @@
 namespace sonorelle {
 namespace {
 
-constexpr std::int32_t kRates[] = {11025, 11026, 16000, 22050,  32000,  44100,
-                                   48000, 88200, 96000, 176400, 192000, 384000};
+using test::Noise;
 
-std::vector<float> Noise(std::size_t count, unsigned generator) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-1.0F, 1.0F);
-    std::vector<float> noise(count);
-    for (float& value : noise) value = sample(random);
-    return noise;
-}
+constexpr std::int32_t kManyRates[] = {11025, 11026, 16000, 22050,  32000,  44100,
+                                       48000, 88200, 96000, 176400, 192000, 384000};
 
 // Feeds `input` (interleaved) in blocks and gives all that comes out. Buffers have exactly the promised size.
 std::vector<float> Passed(CPTPreProcess& preProcess, const std::vector<float>& input, std::size_t channels,
@@ -110,7 +105,7 @@ TEST(CPTPreProcess, LowPassIsASecondOrderButterworthAt4000Hz) {
 }
 
 TEST(CPTPreProcess, BringsEveryRateTo11025Hz) {
-    for (const std::int32_t rate : kRates) {
+    for (const std::int32_t rate : kManyRates) {
         const double hertz = 500.0;
         std::vector<float> tone(static_cast<std::size_t>(rate));
         for (std::size_t i = 0; i < tone.size(); ++i) {
@@ -190,7 +185,7 @@ TEST(CPTPreProcess, LastIndexFollowsTheWrites) {
 }
 
 TEST(CPTPreProcess, BeforeTheFirstRunTheFilterMustBeFilledToo) {
-    for (const std::int32_t rate : kRates) {
+    for (const std::int32_t rate : kManyRates) {
         CPTPreProcess preProcess;
         ASSERT_EQ(preProcess.Init(rate, 1), kOk);
         const double ratio = rate / 11025.0;
@@ -207,7 +202,7 @@ TEST(CPTPreProcess, BeforeTheFirstRunTheFilterMustBeFilledToo) {
 }
 
 TEST(CPTPreProcess, AfterTheFirstRunWhatIsHeldIsTakenOff) {
-    for (const std::int32_t rate : kRates) {
+    for (const std::int32_t rate : kManyRates) {
         CPTPreProcess preProcess;
         ASSERT_EQ(preProcess.Init(rate, 1), kOk);
         std::unique_ptr<CResampleBase> beside;
@@ -227,7 +222,7 @@ TEST(CPTPreProcess, AfterTheFirstRunWhatIsHeldIsTakenOff) {
 }
 
 TEST(CPTPreProcess, WhatIsRequiredGivesAHop) {
-    for (const std::int32_t rate : kRates) {
+    for (const std::int32_t rate : kManyRates) {
         CPTPreProcess preProcess;
         ASSERT_EQ(preProcess.Init(rate, 1), kOk);
         std::size_t produced = 0;

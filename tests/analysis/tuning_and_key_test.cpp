@@ -1,5 +1,6 @@
 #include "analysis/tuning_and_key.h"
 
+#include "support/hostile_numbers.h"
 #include "support/literal_note_model.h"
 #include "support/synthetic_singer.h"
 
@@ -7,16 +8,10 @@
 
 #include <array>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 namespace sonorelle {
 namespace {
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 
 NoteRecord Note(float pitch, std::int32_t length = 1000) {
     NoteRecord note;
@@ -118,7 +113,7 @@ TEST(CountPitchClasses, NegativePitchesFallIntoTheirClass) {
 TEST(CountPitchClasses, AnyPitchTuningAndOffsetIsSafe) {
     for (const float pitch : {kNaN, kInfinity, -kInfinity, 3e38F, -3e38F, 2147483648.0F, -2147483648.0F}) {
         for (const float tuning : {0.0F, kNaN, kInfinity, -kInfinity}) {
-            for (const std::int32_t offset : {0, kHighest, kLowest}) {
+            for (const std::int32_t offset : {0, kLargestI32, kSmallestI32}) {
                 const PitchClassHistogram histogram =
                     CountPitchClasses(std::vector<NoteRecord>{Note(pitch, 5)}, tuning, offset);
                 float sum = 0;

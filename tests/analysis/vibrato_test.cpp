@@ -11,17 +11,18 @@
 namespace sonorelle {
 namespace {
 
-constexpr float kRate = 44100.0F;
-constexpr std::int32_t kStep = 60; // samples between frames: a voice at 735 Hz
+constexpr float kVibratoRate = 44100.0F;
+constexpr std::int32_t kVibratoStep = 60; // samples between frames: a voice at 735 Hz
 
-const AnalysisLengths kLengths = AnalysisLengths::For(kRate);
+const AnalysisLengths kVibratoLengths = AnalysisLengths::For(kVibratoRate);
 
 template<class PitchAt>
 Frames VoicedFrames(double seconds, PitchAt pitchAt) {
     Frames frames;
-    for (std::int32_t position = 0; position < seconds * static_cast<double>(kRate); position += kStep) {
+    for (std::int32_t position = 0; position < seconds * static_cast<double>(kVibratoRate);
+         position += kVibratoStep) {
         frames.push_back(
-            {static_cast<float>(pitchAt(position / static_cast<double>(kRate))), 0.5F, 1, position});
+            {static_cast<float>(pitchAt(position / static_cast<double>(kVibratoRate))), 0.5F, 1, position});
     }
     return frames;
 }
@@ -44,14 +45,14 @@ Frames Triangle(double seconds, float top) {
 
 Frames Flattened(const Frames& frames) {
     Frames flattened = frames;
-    FlattenVibrato(frames, flattened, kLengths);
+    FlattenVibrato(frames, flattened, kVibratoLengths);
     return flattened;
 }
 
 float LargestDeviation(const Frames& frames, double from, double until, float pitch) {
     float largest = 0;
     for (const AnalysisFrame& frame : frames) {
-        const double seconds = frame.position / static_cast<double>(kRate);
+        const double seconds = frame.position / static_cast<double>(kVibratoRate);
         if (seconds >= from && seconds < until) largest = std::max(largest, std::fabs(frame.pitch - pitch));
     }
     return largest;
@@ -115,7 +116,7 @@ TEST(FlattenVibrato, UnvoicedFramesStay) {
 TEST(FlattenVibrato, RunsOfVibratoAreFlattenedEachToItsOwnCentre) {
     Frames frames = Vibrato(3.0, 15.0, 0.4);
     for (AnalysisFrame& frame : frames) {
-        const double seconds = frame.position / static_cast<double>(kRate);
+        const double seconds = frame.position / static_cast<double>(kVibratoRate);
         if (seconds >= 1.4 && seconds < 1.6) frame.voiced = 0;
         if (seconds >= 1.6) frame.pitch += 4.0F;
     }

@@ -1,6 +1,8 @@
 // The host's transport, the two tempos, the sample rate, and what starts and stops.
 #include "app/application_fixture.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,9 +11,6 @@
 
 namespace sonorelle::test {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 float LoudestBetween(const std::vector<float>& samples, std::int32_t from, std::int32_t to) {
     float largest = 0;
@@ -233,7 +232,7 @@ TEST(ApplicationPlayback, NothingSoundsWhileTheHostRunsOnBehindTheEnd) {
 
 TEST(ApplicationPlayback, PositionsThatAreNoneAreIgnored) {
     LoadedSession session;
-    for (const double at : {kNaN, kInfinite, -kInfinite, 1e300}) {
+    for (const double at : {kDoubleNaN, kDoubleInfinity, -kDoubleInfinity, 1e300}) {
         session.app->SynchronizeToHost(at, true, true, 64);
         EXPECT_FALSE(session.app->IsPlaying());
         EXPECT_EQ(session.app->GetExactPosition(), 0);
@@ -311,8 +310,8 @@ TEST(ApplicationPlayback, HostTemposBeyondReasonAreRefused) {
     EXPECT_EQ(session.app->GetTimeSigNumerator(), 4);
     EXPECT_EQ(session.app->GetTimeSigDenominator(), 4);
     session.app->SetHostTempo(100, 3, 8);
-    for (const float tempo :
-         {1000.0F, 999.0F, 0.0F, -120.0F, static_cast<float>(kNaN), static_cast<float>(kInfinite)})
+    for (const float tempo : {1000.0F, 999.0F, 0.0F, -120.0F, static_cast<float>(kDoubleNaN),
+                              static_cast<float>(kDoubleInfinity)})
         session.app->SetHostTempo(tempo, 5, 16);
     EXPECT_EQ(session.app->GetHostTempo(), 100);
     EXPECT_EQ(session.app->GetTimeSigNumerator(), 3);
@@ -342,7 +341,8 @@ TEST(ApplicationPlayback, TheFirstTempoOfEitherIsThatOfBoth) {
 TEST(ApplicationPlayback, MelodyTemposThatAreNoneAreRefused) {
     LoadedSession session;
     session.app->SetMelodyTempo(120);
-    for (const float tempo : {0.0F, -1.0F, static_cast<float>(kNaN), static_cast<float>(kInfinite)})
+    for (const float tempo :
+         {0.0F, -1.0F, static_cast<float>(kDoubleNaN), static_cast<float>(kDoubleInfinity)})
         session.app->SetMelodyTempo(tempo);
     EXPECT_EQ(session.app->GetMelodyTempo(), 120);
     session.app->PlaybackPanel().ToggleSync();
@@ -401,7 +401,8 @@ TEST(ApplicationPlayback, TheAnchorKeepsItsTimeAtAnotherRate) {
     EXPECT_EQ(session.app->GetMasterPlaybackStart(), 88200);
     EXPECT_EQ(session.app->PlaybackPanel().GetSampleRate(), 88200);
     EXPECT_EQ(session.store.GetUndoCount(), steps);
-    for (const float rate : {0.0F, -44100.0F, static_cast<float>(kNaN), static_cast<float>(kInfinite)})
+    for (const float rate :
+         {0.0F, -44100.0F, static_cast<float>(kDoubleNaN), static_cast<float>(kDoubleInfinity)})
         session.app->SetSampleRate(rate);
     EXPECT_EQ(session.app->GetMasterPlaybackStart(), 88200);
     session.app->PlaybackPanel().PressMidi();
@@ -461,7 +462,7 @@ TEST(ApplicationPlayback, AnAnnouncedStopFadesAndThenCuts) {
 }
 
 TEST(ApplicationPlayback, AStopHasAtLeast1024SamplesToFadeIn) {
-    for (const double notice : {0.0, -5e9, 1024.0, kNaN, kInfinite, -kInfinite}) {
+    for (const double notice : {0.0, -5e9, 1024.0, kDoubleNaN, kDoubleInfinity, -kDoubleInfinity}) {
         LoadedSession session;
         session.app->PlaybackPanel().PressMidi();
         session.app->NoteOn(60, 0, 0);

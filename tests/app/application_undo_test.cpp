@@ -3,6 +3,8 @@
 
 #include "harmony/styles.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -16,7 +18,6 @@ namespace {
 using namespace ConsortierClassic;
 
 constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // All that the store holds of the present arrangement.
 std::vector<std::byte> Arrangement(CSnapshotStore& store) {

@@ -1,5 +1,7 @@
 #include "app/beat_grid.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,9 +9,6 @@
 
 namespace sonorelle {
 namespace {
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInf = std::numeric_limits<float>::infinity();
 
 TEST(BeatGrid, ATempoCountsQuartersWhateverTheMetre) {
     BeatGrid grid;
@@ -79,7 +78,7 @@ TEST(BeatGrid, ADragFromOrAcrossTheAnchorChangesNothing) {
 }
 
 TEST(BeatGrid, WhatMakesNoSenseBecomesTheDefault) {
-    for (const float bad : {0.0F, -5.0F, kNan, kInf, 1e30F}) {
+    for (const float bad : {0.0F, -5.0F, kNaN, kInfinity, 1e30F}) {
         BeatGrid grid;
         grid.tempo = bad;
         grid.sampleRate = bad;

@@ -2,6 +2,7 @@
 
 #include "app/snapshot_store.h"
 #include "harmony/styles.h"
+#include "support/hostile_numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +12,6 @@
 namespace sonorelle {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
 
 // The panel, and how often it has told a change.
@@ -270,8 +269,8 @@ TEST(ChoirSettingsPanel, TheArrangementSliderIsTruncatedAndTellsOnlyChanges) {
     EXPECT_EQ(rig.Calls(), 1);
     rig.panel.MoveArrangement(2.1);
     EXPECT_EQ(rig.Calls(), 0);
-    rig.panel.MoveArrangement(kNan);
-    rig.panel.MoveArrangement(kInfinity);
+    rig.panel.MoveArrangement(kDoubleNaN);
+    rig.panel.MoveArrangement(kDoubleInfinity);
     EXPECT_EQ(rig.panel.GetVoiceArrangement(), 2);
     EXPECT_EQ(rig.Calls(), 0);
     rig.panel.MoveArrangement(-1e300);
@@ -303,13 +302,13 @@ TEST(ChoirSettingsPanel, TheRangeSliderMovesByTenths) {
     rig.panel.MoveRange(-12);
     EXPECT_EQ(rig.panel.GetVoiceRange(), 0.0F);
     rig.Calls();
-    rig.panel.MoveRange(kNan);
-    rig.panel.MoveRange(kInfinity);
+    rig.panel.MoveRange(kDoubleNaN);
+    rig.panel.MoveRange(kDoubleInfinity);
     EXPECT_EQ(rig.panel.GetVoiceRange(), 0.0F);
     EXPECT_EQ(rig.Calls(), 0);
     rig.panel.SetVoiceRange(0.123F); // what the driver holds is not rounded
     EXPECT_EQ(rig.panel.GetVoiceRange(), 0.123F);
-    rig.panel.SetVoiceRange(static_cast<float>(kNan));
+    rig.panel.SetVoiceRange(static_cast<float>(kDoubleNaN));
     EXPECT_EQ(rig.panel.GetVoiceRange(), 0.123F);
     rig.panel.SetVoiceRange(2);
     EXPECT_EQ(rig.panel.GetVoiceRange(), 1.0F);

@@ -12,7 +12,7 @@ namespace {
 constexpr double kDecay = -0.0021484375; // nepers a sample
 
 // Half a unit in the last place of numbers below 1, at each step, summed up over the fade's memory of 465.
-constexpr double kRounding = 465.5 * 0x1p-24;
+constexpr double kFadeRounding = 465.5 * 0x1p-24;
 
 std::vector<float> NextOf(CFade& fade, std::int32_t count, std::int32_t blockSize = 64) {
     std::vector<float> curve(static_cast<std::size_t>(count));
@@ -41,7 +41,7 @@ TEST(Fade, ItRisesAsOneMinusTheExponential) {
     fade.FadeIn();
     const std::vector<float> curve = NextOf(fade, 5000);
     for (std::size_t i = 0; i < curve.size(); ++i)
-        ASSERT_NEAR(curve[i], 1 - std::exp(kDecay * static_cast<double>(i + 1)), kRounding) << i;
+        ASSERT_NEAR(curve[i], 1 - std::exp(kDecay * static_cast<double>(i + 1)), kFadeRounding) << i;
 }
 
 TEST(Fade, AStopOf1024SamplesNoticeComesDownTo11Percent) {
@@ -52,7 +52,7 @@ TEST(Fade, AStopOf1024SamplesNoticeComesDownTo11Percent) {
     const std::vector<float> curve = NextOf(fade, 1024);
     for (std::size_t i = 0; i < curve.size(); ++i)
         ASSERT_NEAR(curve[i], static_cast<double>(full) * std::exp(kDecay * static_cast<double>(i + 1)),
-                    kRounding)
+                    kFadeRounding)
             << i;
     EXPECT_NEAR(curve.back(), 0.1108, 0.0001); // exp(-2.2)
 }

@@ -1,5 +1,7 @@
 #include "app/host_parameters.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,8 +14,6 @@ namespace {
 
 using Kind = HostParameterKind;
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
 constexpr std::int32_t kNoIndices[] = {-1, 32, std::numeric_limits<std::int32_t>::max(),
                                        std::numeric_limits<std::int32_t>::min()};
 
@@ -119,7 +119,7 @@ TEST(HostParameters, HostValuesComeBack) {
 
 TEST(HostParameters, ModelValuesAreOnesThatTheControlsCanHave) {
     for (std::int32_t kind = 0; kind < 8; ++kind)
-        for (const float value : {0.0F, 0.3F, 1.0F, -5.0F, 5.0F, kInfinite, -kInfinite, kNan})
+        for (const float value : {0.0F, 0.3F, 1.0F, -5.0F, 5.0F, kInfinity, -kInfinity, kNaN})
             EXPECT_TRUE(IsStoredValue(ControlOfKind(KindOf(kind)), ModelFromHostValue(KindOf(kind), value)))
                 << kind << " " << value;
 }
@@ -129,8 +129,8 @@ TEST(HostParameters, HostValuesAreHeldToZeroAndOne) {
         const Kind kind = KindOf(number);
         EXPECT_EQ(ModelFromHostValue(kind, -3), ModelFromHostValue(kind, 0)) << number;
         EXPECT_EQ(ModelFromHostValue(kind, 3), ModelFromHostValue(kind, 1)) << number;
-        EXPECT_EQ(ModelFromHostValue(kind, kNan), ModelFromHostValue(kind, 0)) << number;
-        for (const float model : {-1e30F, -2.0F, 0.0F, 2.0F, 1e30F, kInfinite, -kInfinite, kNan}) {
+        EXPECT_EQ(ModelFromHostValue(kind, kNaN), ModelFromHostValue(kind, 0)) << number;
+        for (const float model : {-1e30F, -2.0F, 0.0F, 2.0F, 1e30F, kInfinity, -kInfinity, kNaN}) {
             const float value = HostValueFromModel(kind, model);
             EXPECT_TRUE(value >= 0 && value <= 1) << number << " " << model;
         }
@@ -180,7 +180,7 @@ TEST(HostParameters, TheOthersMoveByMoreThanAHundredthOfTheirStoredUnit) {
 
 TEST(HostParameters, WhatIsNotFiniteIsNoChange) {
     for (std::int32_t number = 0; number < 8; ++number) {
-        for (const float bad : {kNan, kInfinite, -kInfinite}) {
+        for (const float bad : {kNaN, kInfinity, -kInfinity}) {
             EXPECT_FALSE(Differs(KindOf(number), 0, bad)) << number;
             EXPECT_FALSE(Differs(KindOf(number), bad, 0)) << number;
             EXPECT_FALSE(ModelChangeFromHost(KindOf(number), {}, bad)) << number;
@@ -259,8 +259,8 @@ TEST(HostParameters, AValueIsShownWithItsUnitBehindIt) {
     EXPECT_EQ(HostParameterDisplayForValue(5, 1), "200.0 % ");
     EXPECT_EQ(HostParameterDisplayForValue(24, 0.5F), "50.0 % ");
     EXPECT_EQ(HostParameterDisplayForValue(31, 0.5F), "50.0 % ");
-    EXPECT_EQ(HostParameterDisplayForValue(2, kInfinite), "100.0 ms ");
-    EXPECT_EQ(HostParameterDisplayForValue(2, kNan), "0.0 ms ");
+    EXPECT_EQ(HostParameterDisplayForValue(2, kInfinity), "100.0 ms ");
+    EXPECT_EQ(HostParameterDisplayForValue(2, kNaN), "0.0 ms ");
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "app/melody_properties.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -7,9 +9,6 @@
 
 namespace sonorelle {
 namespace {
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
 
 struct ListenedMelody {
     CkvovirelaineMelodyProperties panel;
@@ -74,8 +73,8 @@ TEST(MelodyProperties, TheApplicationMaySetATempoThatNobodyCouldEnter) {
 
 TEST(MelodyProperties, ATempoThatIsNoneIsIgnored) {
     ListenedMelody listened;
-    for (const float bad : {kNan, kInfinite, -kInfinite, 0.0F, -120.0F}) listened.panel.SetTempo(bad);
-    for (const float bad : {kNan, kInfinite, -kInfinite}) EXPECT_FALSE(listened.panel.EnterTempo(bad));
+    for (const float bad : {kNaN, kInfinity, -kInfinity, 0.0F, -120.0F}) listened.panel.SetTempo(bad);
+    for (const float bad : {kNaN, kInfinity, -kInfinity}) EXPECT_FALSE(listened.panel.EnterTempo(bad));
     EXPECT_EQ(listened.panel.GetTempo(), 120);
     EXPECT_EQ(listened.calls, 0);
 }

@@ -3,6 +3,8 @@
 
 #include "pitch_view_stage.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,9 +14,7 @@
 namespace sonorelle {
 namespace {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInf = std::numeric_limits<float>::infinity();
-constexpr float kHuge = std::numeric_limits<float>::max();
+constexpr float kLargestFloat = std::numeric_limits<float>::max();
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
 
@@ -65,7 +65,7 @@ TEST_F(PitchViewHostile, NotesAndVoicesThatDoNotExistAreIgnored) {
 }
 
 TEST_F(PitchViewHostile, NumbersThatAreNoneNeverEnterANote) {
-    for (const float bad : {kNan, kInf, -kInf}) {
+    for (const float bad : {kNaN, kInfinity, -kInfinity}) {
         view.SetNote(0, 0, bad, bad, bad, bad, bad, bad, 0);
         const PitchViewNote& note = *view.GetNote(0, 0);
         EXPECT_TRUE(note.isSilent);
@@ -79,9 +79,9 @@ TEST_F(PitchViewHostile, NumbersThatAreNoneNeverEnterANote) {
 }
 
 TEST_F(PitchViewHostile, HugeNotesAndChordsAreDrawnSomehow) {
-    for (const float value : {kHuge, -kHuge, 1e10F}) {
+    for (const float value : {kLargestFloat, -kLargestFloat, 1e10F}) {
         view.SetNote(0, 0, value, std::abs(value), value, 1, value, value, kMost);
-        view.SetNote(1, 0, -kHuge, 60, kHuge, 1, kHuge, kHuge, kLeast);
+        view.SetNote(1, 0, -kLargestFloat, 60, kLargestFloat, 1, kLargestFloat, kLargestFloat, kLeast);
         view.SetChord(0, kMost, kMost);
         view.SetDetectedChord(0, kLeast, kLeast);
         view.SetChordDisplay(kLeast, 3);
@@ -90,7 +90,7 @@ TEST_F(PitchViewHostile, HugeNotesAndChordsAreDrawnSomehow) {
         view.ResetView();
         CheckRanges();
     }
-    view.SetTransposeShift(kHuge);
+    view.SetTransposeShift(kLargestFloat);
     view.SetChord(0, kMost, 0);
     EXPECT_TRUE(std::isfinite(view.GetTransposeShift()));
 }
@@ -116,8 +116,8 @@ TEST_F(PitchViewHostile, TotalsPositionsAndRatesOfAllKindsAreHeld) {
         view.SetPlayRegion(kMost, end);
         view.SetPlayRegion(kLeast, kMost);
         view.FitPlayRegion();
-        view.SetZoom(kHuge);
-        view.SetZoom(kNan);
+        view.SetZoom(kLargestFloat);
+        view.SetZoom(kNaN);
         CheckRanges();
         DrawAll();
         for (const double position : {-1e300, 1e300, std::nan(""), 1e308 * 10}) {
@@ -129,9 +129,9 @@ TEST_F(PitchViewHostile, TotalsPositionsAndRatesOfAllKindsAreHeld) {
     }
     view.SetTotal(kMost, kLeast);
     CheckRanges();
-    for (const float rate : {kNan, -kInf, kInf, 0.0F, -1.0F}) view.SetSampleRate(rate);
+    for (const float rate : {kNaN, -kInfinity, kInfinity, 0.0F, -1.0F}) view.SetSampleRate(rate);
     EXPECT_EQ(view.GetSampleRate(), kRate);
-    for (const float rate : {1e-30F, kHuge}) {
+    for (const float rate : {1e-30F, kLargestFloat}) {
         view.SetSampleRate(rate);
         view.SetTotal(0, kEnd);
         view.Wheel(Turn(300, 100, 1));
@@ -139,17 +139,18 @@ TEST_F(PitchViewHostile, TotalsPositionsAndRatesOfAllKindsAreHeld) {
         DrawAll();
         CheckRanges();
     }
-    for (const float grid : {kNan, 0.0F, -1.0F, kInf}) view.SetPitchGrid(grid);
+    for (const float grid : {kNaN, 0.0F, -1.0F, kInfinity}) view.SetPitchGrid(grid);
     EXPECT_EQ(view.GetPitchGrid(), 1);
 }
 
 TEST_F(PitchViewHostile, TempiAndMetresOfAllKindsAreHeld) {
     view.SetShowBeatRow(true);
-    for (const float tempo : {kNan, -kInf, kInf, 0.0F, -1.0F}) view.SetTempoGrid(tempo, 120, 0, 4, 4);
+    for (const float tempo : {kNaN, -kInfinity, kInfinity, 0.0F, -1.0F})
+        view.SetTempoGrid(tempo, 120, 0, 4, 4);
     EXPECT_EQ(view.GetTempoGrid(), 120);
-    for (const float tempo : {kHuge, 1e-30F, 120.0F}) {
+    for (const float tempo : {kLargestFloat, 1e-30F, 120.0F}) {
         for (const double anchor : {1e300, -1e300, std::nan(""), 0.0}) {
-            view.SetTempoGrid(tempo, kHuge, anchor, kMost, kLeast);
+            view.SetTempoGrid(tempo, kLargestFloat, anchor, kMost, kLeast);
             DrawAll();
             view.Press(At(235, 58));
             view.Drag(At(kMost, 58));
@@ -164,7 +165,7 @@ TEST_F(PitchViewHostile, TempiAndMetresOfAllKindsAreHeld) {
 TEST_F(PitchViewHostile, CurvesOfRubbishAreDrawnSomehow) {
     std::vector<PitchCurvePoint> curve;
     for (const std::int32_t position : {5000, kLeast, kMost, 0, 200000, 100}) {
-        for (const float value : {kNan, kInf, -kHuge, kHuge, 0.5F})
+        for (const float value : {kNaN, kInfinity, -kLargestFloat, kLargestFloat, 0.5F})
             curve.push_back({position, value, value, true});
     }
     view.SetCurve(curve);

@@ -1,5 +1,7 @@
 #include "app/playback_settings.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -9,9 +11,7 @@
 namespace sonorelle {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kHugeKey = std::numeric_limits<std::int32_t>::max();
 
 using Region = std::pair<std::int32_t, std::int32_t>;
 
@@ -82,7 +82,7 @@ TEST(PlaybackSettings, ASetModeTellsNobody) {
     PlaybackRig rig;
     rig.panel.SetMode(1);
     EXPECT_EQ(rig.panel.GetMode(), 1);
-    for (const std::int32_t bad : {-1, 2, kHuge}) rig.panel.SetMode(bad);
+    for (const std::int32_t bad : {-1, 2, kHugeKey}) rig.panel.SetMode(bad);
     EXPECT_EQ(rig.panel.GetMode(), 1);
     EXPECT_EQ(rig.Calls(), 0);
 }
@@ -117,12 +117,12 @@ TEST(PlaybackSettings, EveryKeyShowsItsOctaveAndNote) {
 
 TEST(PlaybackSettings, OctavesAreHeldToTheirRangeAndBadNotesIgnored) {
     PlaybackRig rig;
-    rig.panel.ChangeOctave(-kHuge);
+    rig.panel.ChangeOctave(-kHugeKey);
     EXPECT_EQ(rig.panel.GetOctave(), -2);
-    rig.panel.ChangeOctave(kHuge);
+    rig.panel.ChangeOctave(kHugeKey);
     EXPECT_EQ(rig.panel.GetOctave(), 8);
     rig.Calls();
-    for (const std::int32_t bad : {-1, 12, kHuge, -kHuge}) rig.panel.ChooseNote(bad);
+    for (const std::int32_t bad : {-1, 12, kHugeKey, -kHugeKey}) rig.panel.ChooseNote(bad);
     EXPECT_EQ(rig.panel.GetNote(), 0);
     EXPECT_EQ(rig.Calls(), 0);
 }
@@ -137,7 +137,7 @@ TEST(PlaybackSettings, NoKeyShowsTheLastOneAndComesBackWithIt) {
     rig.panel.ChooseNote(4);
     EXPECT_EQ(rig.panel.GetTriggerNote(), 64);
     EXPECT_EQ(rig.Calls(), 1);
-    for (const std::int32_t bad : {-2, 132, kHuge, -kHuge}) rig.panel.SetTriggerNote(bad);
+    for (const std::int32_t bad : {-2, 132, kHugeKey, -kHugeKey}) rig.panel.SetTriggerNote(bad);
     EXPECT_EQ(rig.panel.GetTriggerNote(), 64);
 }
 
@@ -165,8 +165,8 @@ TEST(PlaybackSettings, AnEnteredOffsetIsMarkedToo) {
 
 TEST(PlaybackSettings, AnOffsetFromTheApplicationIsMarkedAndTellsNobody) {
     PlaybackRig rig;
-    rig.panel.SetOffset(kNan);
-    rig.panel.SetOffset(kInfinity);
+    rig.panel.SetOffset(kDoubleNaN);
+    rig.panel.SetOffset(kDoubleInfinity);
     EXPECT_FALSE(rig.panel.IsOffsetSet());
     rig.panel.SetOffset(1e30);
     EXPECT_EQ(rig.panel.GetOffset(), 1e24);
@@ -251,8 +251,8 @@ TEST(PlaybackSettings, TheSetButtonsAnswerNothingInMidiMode) {
 TEST(PlaybackSettings, PositionsThatAreNoNumbersAreNotTaken) {
     PlaybackRig rig;
     rig.panel.SetHostPosition(4000, 400);
-    rig.panel.SetHostPosition(kNan, 0);
-    rig.panel.SetHostPosition(0, kInfinity);
+    rig.panel.SetHostPosition(kDoubleNaN, 0);
+    rig.panel.SetHostPosition(0, kDoubleInfinity);
     EXPECT_EQ(rig.panel.GetShownMelodyPosition(), 4000);
     EXPECT_EQ(rig.panel.GetShownHostPosition(), 400);
     rig.panel.SetOffset(-1e24);
@@ -287,11 +287,11 @@ TEST(PlaybackSettings, AnEnteredStartEndsAtTheEndMarkerAndAnEndAtTheMelody) {
 
 TEST(PlaybackSettings, ARegionLiesWithinTheMelody) {
     PlaybackRig rig;
-    rig.panel.SetRegion(-5, kHuge);
+    rig.panel.SetRegion(-5, kHugeKey);
     EXPECT_EQ(rig.GetRegion(), Region(0, 10000));
     rig.panel.SetRegion(700, 600);
     EXPECT_EQ(rig.GetRegion(), Region(600, 600));
-    rig.panel.SetRegion(0, -kHuge);
+    rig.panel.SetRegion(0, -kHugeKey);
     EXPECT_EQ(rig.GetRegion(), Region(0, 0));
     rig.panel.SetEndMarker(900);
     rig.panel.SetStartMarker(300);
@@ -305,13 +305,13 @@ TEST(PlaybackSettings, ARegionLiesWithinTheMelody) {
 
 TEST(PlaybackSettings, BeforeTheLengthIsKnownARegionHasNoLimit) {
     CkvovirelainePlaybackSettings panel;
-    panel.SetRegion(5, kHuge);
+    panel.SetRegion(5, kHugeKey);
     EXPECT_EQ(panel.GetStartMarker(), 5);
-    EXPECT_EQ(panel.GetEndMarker(), kHuge);
+    EXPECT_EQ(panel.GetEndMarker(), kHugeKey);
     panel.SetHostPosition(1e18, 0);
     panel.PressSetStart();
-    EXPECT_EQ(panel.GetStartMarker(), kHuge);
-    EXPECT_EQ(panel.GetEndMarker(), kHuge);
+    EXPECT_EQ(panel.GetStartMarker(), kHugeKey);
+    EXPECT_EQ(panel.GetEndMarker(), kHugeKey);
 }
 
 // The rest.

@@ -112,4 +112,11 @@ inline std::string WithoutKey(std::string document, std::string_view key) {
     return document.erase(at, document.find('\n', at) + 1 - at);
 }
 
+inline std::string DocumentSample() { return WriteState(SavedStateSample()); }
+
+// The document read with the first `key` telling `value`.
+inline SavedState ReadWith(const char* key, const std::string& value) {
+    return ReadSaved(WithValue(DocumentSample(), key, value));
+}
+
 } // namespace sonorelle::test

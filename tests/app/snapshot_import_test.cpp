@@ -21,17 +21,6 @@ using testing::ElementsAre;
 constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 
-std::string Bytes(const CSnapshotStore& store, std::int32_t index) {
-    return {reinterpret_cast<const char*>(store.GetSnapshotData(index)),
-            static_cast<std::size_t>(store.GetSnapshotSize(index))};
-}
-
-std::vector<std::int32_t> Sizes(const CSnapshotStore& store, std::int32_t index) {
-    std::vector<std::int32_t> sizes(static_cast<std::size_t>(store.GetSizeCount(index)));
-    store.GetSizes(index, sizes);
-    return sizes;
-}
-
 bool Import(CSnapshotStore& store, const std::string& data, float fileVersion) {
     return store.ImportSnapshot("read", data.data(), static_cast<std::int32_t>(data.size()), fileVersion,
                                 nullptr, 0);

@@ -123,4 +123,16 @@ inline bool HoldsContent(const std::vector<std::string>& now, const std::vector<
     return now.size() >= then.size();
 }
 
+// What the store has of a snapshot.
+inline std::string Bytes(const CSnapshotStore& store, std::int32_t index) {
+    return {reinterpret_cast<const char*>(store.GetSnapshotData(index)),
+            static_cast<std::size_t>(store.GetSnapshotSize(index))};
+}
+
+inline std::vector<std::int32_t> Sizes(const CSnapshotStore& store, std::int32_t index) {
+    std::vector<std::int32_t> sizes(static_cast<std::size_t>(store.GetSizeCount(index)));
+    store.GetSizes(index, sizes);
+    return sizes;
+}
+
 } // namespace sonorelle

@@ -16,17 +16,6 @@ namespace {
 
 using testing::ElementsAre;
 
-std::string Bytes(const CSnapshotStore& store, std::int32_t index) {
-    return {reinterpret_cast<const char*>(store.GetSnapshotData(index)),
-            static_cast<std::size_t>(store.GetSnapshotSize(index))};
-}
-
-std::vector<std::int32_t> Sizes(const CSnapshotStore& store, std::int32_t index) {
-    std::vector<std::int32_t> sizes(static_cast<std::size_t>(store.GetSizeCount(index)));
-    store.GetSizes(index, sizes);
-    return sizes;
-}
-
 // The block of the state as it is now.
 std::string PresentBytes(CSnapshotStore& store) {
     store.AddSnapshot("now");

@@ -17,7 +17,7 @@
 namespace sonorelle {
 namespace {
 
-constexpr std::int32_t kHuge = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kHugeIndex = std::numeric_limits<std::int32_t>::max();
 
 // A user who types a name, or cancels, and reads messages.
 class NamingToolkit : public CkvoToolkit {
@@ -163,7 +163,7 @@ TEST(Snapshots, TheTemporaryOneLeavesNoSelectionWhereThereWasNone) {
 TEST(Snapshots, KeysAndRegionsWithoutMeaningAreMended) {
     SnapshotsRig rig;
     rig.panel.Add("a", 132, -5, -9);
-    rig.panel.Add("b", -kHuge, 10, 5);
+    rig.panel.Add("b", -kHugeIndex, 10, 5);
     EXPECT_EQ(rig.panel.GetKey(0), -1);
     SnapshotEntry entry;
     ASSERT_TRUE(rig.panel.GetEntry(0, entry));
@@ -258,7 +258,7 @@ TEST(Snapshots, ARecallByClickLeavesAnUndoStep) {
 TEST(Snapshots, ARecallBeyondTheListDoesNothing) {
     SnapshotsRig rig;
     rig.AddThree();
-    for (const std::int32_t bad : {-1, 3, kHuge, -kHuge}) {
+    for (const std::int32_t bad : {-1, 3, kHugeIndex, -kHugeIndex}) {
         EXPECT_FALSE(rig.panel.Recall(bad));
         EXPECT_FALSE(rig.panel.RecallQuietly(bad));
         rig.panel.Choose(bad);
@@ -296,13 +296,13 @@ TEST(Snapshots, NoKeyIsNeverFound) {
     SnapshotsRig rig;
     rig.panel.Add("a", -1, 0, 1);
     EXPECT_EQ(rig.panel.FindByKey(-1), -1);
-    EXPECT_EQ(rig.panel.FindByKey(kHuge), -1);
+    EXPECT_EQ(rig.panel.FindByKey(kHugeIndex), -1);
 }
 
 TEST(Snapshots, QuestionsAboutABadIndexHaveTheirAnswers) {
     SnapshotsRig rig;
     rig.AddThree();
-    for (const std::int32_t bad : {-1, 3, kHuge, -kHuge}) {
+    for (const std::int32_t bad : {-1, 3, kHugeIndex, -kHugeIndex}) {
         EXPECT_EQ(rig.panel.GetKey(bad), -1);
         std::int32_t start = 7;
         std::int32_t end = 8;

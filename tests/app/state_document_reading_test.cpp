@@ -14,23 +14,20 @@
 namespace sonorelle {
 namespace {
 
+using test::DocumentSample;
 using test::ReadSaved;
+using test::ReadWith;
 using test::SavedStateSample;
 using test::WithoutKey;
 using test::WithReplaced;
 using test::WithValue;
 
-std::string Document() { return WriteState(SavedStateSample()); }
-
-// Read with the first `key` telling `value`.
-SavedState ReadWith(const char* key, const std::string& value) {
-    return ReadSaved(WithValue(Document(), key, value));
+TEST(StateDocumentReading, EverythingComesBack) {
+    EXPECT_EQ(ReadSaved(DocumentSample()), SavedStateSample());
 }
 
-TEST(StateDocumentReading, EverythingComesBack) { EXPECT_EQ(ReadSaved(Document()), SavedStateSample()); }
-
 TEST(StateDocumentReading, ReadAndWrittenAgainADocumentIsTheSameToTheByte) {
-    EXPECT_EQ(WriteState(ReadSaved(Document())), Document());
+    EXPECT_EQ(WriteState(ReadSaved(DocumentSample())), DocumentSample());
 }
 
 TEST(StateDocumentReading, RandomSettingsWrittenAgainAreTheSameToTheByte) {
@@ -91,14 +88,14 @@ TEST(StateDocumentReading, PathsAndNamesOfAnyBytesComeBack) {
 }
 
 TEST(StateDocumentReading, OldTextsWithBareSignsReadAsTheyAlwaysDid) {
-    const std::string document = WithValue(Document(), "AudioFileName", "/a & b's > c.wav");
+    const std::string document = WithValue(DocumentSample(), "AudioFileName", "/a & b's > c.wav");
     EXPECT_EQ(ReadAudioFileName(document), "/a & b's > c.wav");
 }
 
 TEST(StateDocumentReading, WithoutAPathThereIsNothing) {
     for (const std::string& document :
-         {WithoutKey(Document(), "AudioFileName"), WithValue(Document(), "AudioFileName", ""), std::string(),
-          std::string("song.wav"), std::string("<quillon-xml>"),
+         {WithoutKey(DocumentSample(), "AudioFileName"), WithValue(DocumentSample(), "AudioFileName", ""),
+          std::string(), std::string("song.wav"), std::string("<quillon-xml>"),
           WriteProgram(SavedStateSample().presets[0])}) {
         EXPECT_EQ(ReadAudioFileName(document), std::nullopt);
         EXPECT_EQ(ReadSaved(document), SavedState());
@@ -109,11 +106,11 @@ TEST(StateDocumentReading, AMissingKeyOfTheFileSettingsIsAbsentAndTheOthersAreTh
     const auto expectAbsent = [](const char* key, auto SavedFileSettings::*field) {
         SavedState expected = SavedStateSample();
         (expected.fileSettings.*field).reset();
-        EXPECT_EQ(ReadSaved(WithoutKey(Document(), key)), expected) << key;
+        EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), key)), expected) << key;
         EXPECT_EQ(ReadWith(key, ""), expected) << key;
         EXPECT_EQ(ReadWith(key, "none"), expected) << key;
         EXPECT_EQ(ReadWith(key, "nan"), expected) << key;
-        EXPECT_EQ(ReadSaved(WithReplaced(Document(), std::string("<") + key + " str",
+        EXPECT_EQ(ReadSaved(WithReplaced(DocumentSample(), std::string("<") + key + " str",
                                          std::string("<") + key + " st")),
                   expected)
             << key;
@@ -184,7 +181,7 @@ TEST(StateDocumentReading, StripValuesOutsideTheirRangesAreAbsent) {
 }
 
 TEST(StateDocumentReading, TheMixersDriftIsReadWhereADocumentHasIt) {
-    const std::string document = WithReplaced(Document(), "<MixerSettings>\n<Voice_0>\n",
+    const std::string document = WithReplaced(DocumentSample(), "<MixerSettings>\n<Voice_0>\n",
                                               "<MixerSettings>\n<Voice_0>\n<Drift str=\"-0.5\"/>\n");
     SavedState expected = SavedStateSample();
     expected.mixer[0].drift = -0.5F;
@@ -206,7 +203,7 @@ TEST(StateDocumentReading, OfManyPresetsAsManyAreReadAsASessionHas) {
 TEST(StateDocumentReading, WithoutACountThereAreNoPresets) {
     SavedState expected = SavedStateSample();
     expected.presets.clear();
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "NumOfPresets")), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "NumOfPresets")), expected);
     EXPECT_EQ(ReadWith("NumOfPresets", "-1"), expected);
     EXPECT_EQ(ReadWith("NumOfPresets", "two"), expected);
 }
@@ -263,12 +260,12 @@ TEST(StateDocumentReading, AProgramComesBack) {
 }
 
 TEST(StateDocumentReading, AProgramInPlaceOfASessionAndTheOtherWayRoundHasNothing) {
-    EXPECT_EQ(ReadProgram(Document()), SavedPreset());
+    EXPECT_EQ(ReadProgram(DocumentSample()), SavedPreset());
     EXPECT_EQ(ReadSaved(WriteProgram(SavedStateSample().presets[0])), SavedState());
 }
 
 TEST(StateDocumentReading, AChunkThatIsNoMemoryIsAnEmptyText) {
-    const std::string document = Document();
+    const std::string document = DocumentSample();
     EXPECT_EQ(DocumentText(document.data(), static_cast<std::int64_t>(document.size())), document);
     EXPECT_EQ(DocumentText(nullptr, 100), "");
     EXPECT_EQ(DocumentText(document.data(), 0), "");
@@ -278,7 +275,7 @@ TEST(StateDocumentReading, AChunkThatIsNoMemoryIsAnEmptyText) {
 
 // A length of 0 would mean "up to the zero byte" to the parser.
 TEST(StateDocumentReading, AnEmptyTextIsNotReadUpToAZeroByteBehindIt) {
-    const std::string document = Document();
+    const std::string document = DocumentSample();
     EXPECT_EQ(ReadAudioFileName(std::string_view(document).substr(0, 0)), std::nullopt);
     EXPECT_EQ(ReadSaved(std::string_view(document).substr(0, 0)), SavedState());
     EXPECT_EQ(ReadProgram(std::string_view(WriteProgram(SavedPreset{"a", {}})).substr(0, 0)), SavedPreset());
@@ -298,7 +295,7 @@ TEST(StateDocumentReading, OtherDroppedTextsTellNone) {
     EXPECT_EQ(ReadDroppedFileName("/home/lea/song.wav"), std::nullopt);
     EXPECT_EQ(ReadDroppedFileName("file:///home/lea/song.wav\r\n"), std::nullopt);
     EXPECT_EQ(ReadDroppedFileName("<html><body>filename/</body></html>"), std::nullopt);
-    EXPECT_EQ(ReadDroppedFileName(Document()), std::nullopt);
+    EXPECT_EQ(ReadDroppedFileName(DocumentSample()), std::nullopt);
 }
 
 } // namespace

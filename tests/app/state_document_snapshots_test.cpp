@@ -15,20 +15,16 @@
 namespace sonorelle {
 namespace {
 
+using test::DocumentSample;
 using test::kSavedNoteCount;
 using test::kSavedStoreVersion;
 using test::ReadSaved;
+using test::ReadWith;
 using test::SavedStateSample;
 using test::SnapshotSample;
 using test::WithoutKey;
 using test::WithReplaced;
 using test::WithValue;
-
-std::string Document() { return WriteState(SavedStateSample()); }
-
-SavedState ReadWith(const char* key, const std::string& value) {
-    return ReadSaved(WithValue(Document(), key, value));
-}
 
 // What is left when nothing behind the file settings is read.
 SavedState FileSettingsAlone(SavedState::Stop stop) {
@@ -48,7 +44,7 @@ SavedState EndedAfter(std::size_t count) {
 
 // The sample's document with the second record's text changed, the first left alone.
 std::string WithSecond(const std::string& from, const std::string& to) {
-    const std::string document = Document();
+    const std::string document = DocumentSample();
     const std::size_t second = document.find("<Snapshot_1>");
     return document.substr(0, second) + WithReplaced(document.substr(second), from, to);
 }
@@ -62,7 +58,7 @@ TEST(StateDocumentSnapshots, AStateWithoutSnapshotsHasNone) {
 TEST(StateDocumentSnapshots, AStateWithoutTheirCountHasNone) {
     SavedState state = SavedStateSample();
     state.snapshots.reset();
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "NumOfSnapshots")), state);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "NumOfSnapshots")), state);
     for (const char* const count : {"-1", "none", "", "2147483647", "2147483648", "100000"})
         EXPECT_EQ(ReadWith("NumOfSnapshots", count), state) << count;
 }
@@ -98,13 +94,13 @@ TEST(StateDocumentSnapshots, TheStoreAgreesOnWhichVersionsAreNewer) {
 TEST(StateDocumentSnapshots, WithoutAVersionADocumentIsOfTheOldest) {
     SavedState expected = SavedStateSample();
     expected.snapshots->version = 1.0F;
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "SnapshotVersion")), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "SnapshotVersion")), expected);
     for (const char* const version : {"nan", "inf", "-1.2", "0", "new"})
         EXPECT_EQ(ReadWith("SnapshotVersion", version), expected) << version;
 }
 
 TEST(StateDocumentSnapshots, AnotherNoteCountStopsBehindTheFileSettings) {
-    EXPECT_EQ(ReadState(Document(), kSavedStoreVersion, kSavedNoteCount + 1),
+    EXPECT_EQ(ReadState(DocumentSample(), kSavedStoreVersion, kSavedNoteCount + 1),
               FileSettingsAlone(SavedState::Stop::kOtherAnalysis));
     EXPECT_EQ(ReadWith("InitNumElem", "3"), FileSettingsAlone(SavedState::Stop::kOtherAnalysis));
 }
@@ -112,14 +108,14 @@ TEST(StateDocumentSnapshots, AnotherNoteCountStopsBehindTheFileSettings) {
 TEST(StateDocumentSnapshots, WithoutANoteCountAnyAnalysisWillDo) {
     SavedState expected = SavedStateSample();
     expected.snapshots->analysedNoteCount.reset();
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "InitNumElem")), expected);
-    EXPECT_EQ(ReadState(WithoutKey(Document(), "InitNumElem"), kSavedStoreVersion, 77), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "InitNumElem")), expected);
+    EXPECT_EQ(ReadState(WithoutKey(DocumentSample(), "InitNumElem"), kSavedStoreVersion, 77), expected);
     EXPECT_EQ(ReadWith("InitNumElem", "-2"), expected);
     EXPECT_EQ(ReadWith("InitNumElem", "many"), expected);
 }
 
 TEST(StateDocumentSnapshots, ANewerVersionIsToldBeforeAnotherAnalysis) {
-    EXPECT_EQ(ReadState(WithValue(Document(), "SnapshotVersion", "1.3"), kSavedStoreVersion, 77).stop,
+    EXPECT_EQ(ReadState(WithValue(DocumentSample(), "SnapshotVersion", "1.3"), kSavedStoreVersion, 77).stop,
               SavedState::Stop::kNewerVersion);
 }
 
@@ -153,34 +149,34 @@ TEST(StateDocumentSnapshots, ASizeListShorterThanDeclaredEndsTheListThere) {
     EXPECT_EQ(ReadWith("NumOfSizeElements", "2"), EndedAfter(0));
     EXPECT_EQ(ReadWith("NumOfSizeElements", "0"), EndedAfter(0));
     EXPECT_EQ(ReadWith("NumOfSizeElements", "1073741827"), EndedAfter(0)); // four times this is 12 in 32 bits
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "SizeElemData")), EndedAfter(0));
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "SizeElemData")), EndedAfter(0));
 }
 
 TEST(StateDocumentSnapshots, ASizeListThatTellsAnotherLengthThanItHasEndsTheList) {
     for (const char* const length : {"8", "16", "-12", "2147483647", ""})
-        EXPECT_EQ(ReadSaved(WithReplaced(Document(), "<SizeElemData len=\"12\"",
+        EXPECT_EQ(ReadSaved(WithReplaced(DocumentSample(), "<SizeElemData len=\"12\"",
                                          "<SizeElemData len=\"" + std::string(length) + "\"")),
                   EndedAfter(0))
             << length;
-    EXPECT_EQ(ReadSaved(WithReplaced(Document(), "bin=\"00000004", "bin=\"")), EndedAfter(0));
+    EXPECT_EQ(ReadSaved(WithReplaced(DocumentSample(), "bin=\"00000004", "bin=\"")), EndedAfter(0));
 }
 
 TEST(StateDocumentSnapshots, DataOfAnotherSizeThanToldEndsTheListThere) {
     EXPECT_EQ(ReadSaved(WithSecond("<DataSize str=\"8\"", "<DataSize str=\"12\"")), EndedAfter(1));
     for (const char* const size : {"7", "9", "0", "-1", "-8", "2147483647", "4294967304", "none"})
         EXPECT_EQ(ReadWith("DataSize", size), EndedAfter(0)) << size;
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "DataSize")), EndedAfter(0));
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "DataSize")), EndedAfter(0));
 }
 
 TEST(StateDocumentSnapshots, DataThatTellsAnotherLengthThanItHasEndsTheList) {
     for (const char* const length : {"4", "9", "-8", "2147483647", ""})
-        EXPECT_EQ(ReadSaved(WithReplaced(Document(), "<Data len=\"8\"",
+        EXPECT_EQ(ReadSaved(WithReplaced(DocumentSample(), "<Data len=\"8\"",
                                          "<Data len=\"" + std::string(length) + "\"")),
                   EndedAfter(0))
             << length;
-    EXPECT_EQ(ReadSaved(WithReplaced(Document(), "bin=\"13121110", "bin=\"")), EndedAfter(0));
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "Data")), EndedAfter(0));
-    EXPECT_EQ(ReadSaved(WithReplaced(Document(), " bin=\"1312111017161514\"", "")), EndedAfter(0));
+    EXPECT_EQ(ReadSaved(WithReplaced(DocumentSample(), "bin=\"13121110", "bin=\"")), EndedAfter(0));
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "Data")), EndedAfter(0));
+    EXPECT_EQ(ReadSaved(WithReplaced(DocumentSample(), " bin=\"1312111017161514\"", "")), EndedAfter(0));
 }
 
 TEST(StateDocumentSnapshots, MoreDeclaredThanThereAreEndsWithTheLastThatIsThere) {
@@ -219,7 +215,7 @@ TEST(StateDocumentSnapshots, WithoutATriggerTheRegionMeansNothing) {
     expected.snapshots->records[0].midiTrigger.reset();
     expected.snapshots->records[0].startTime.reset();
     expected.snapshots->records[0].endTime.reset();
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "MidiTrigger")), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "MidiTrigger")), expected);
     for (const char* const trigger : {"-2", "132", "c3"})
         EXPECT_EQ(ReadWith("MidiTrigger", trigger), expected) << trigger;
 }
@@ -234,17 +230,17 @@ TEST(StateDocumentSnapshots, EndsOfTheRegionBelowZeroAreAbsent) {
     SavedState expected = SavedStateSample();
     expected.snapshots->records[0].startTime.reset();
     EXPECT_EQ(ReadWith("StartTime", "-1"), expected);
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "StartTime")), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "StartTime")), expected);
     expected = SavedStateSample();
     expected.snapshots->records[0].endTime.reset();
     EXPECT_EQ(ReadWith("EndTime", "-1"), expected);
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "EndTime")), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "EndTime")), expected);
 }
 
 TEST(StateDocumentSnapshots, ARecordWithoutANameHasAnEmptyOne) {
     SavedState expected = SavedStateSample();
     expected.snapshots->records[0].name.clear();
-    EXPECT_EQ(ReadSaved(WithoutKey(Document(), "Name")), expected);
+    EXPECT_EQ(ReadSaved(WithoutKey(DocumentSample(), "Name")), expected);
 }
 
 // Data far beyond what a reader takes by itself, in every record, and everything behind it.

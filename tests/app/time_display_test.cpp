@@ -1,9 +1,10 @@
 #include "app/time_display.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <locale>
 #include <string>
 
@@ -11,8 +12,6 @@ namespace sonorelle {
 namespace {
 
 constexpr float kRate = 44100;
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Text.
 
@@ -37,11 +36,11 @@ TEST(FormatTime, RoundsUpOverSecondsAndMinutes) {
 }
 
 TEST(FormatTime, NumbersWithoutATimeAreHarmless) {
-    EXPECT_EQ(FormatTime(kNan, kRate), "0:00.000");
-    EXPECT_EQ(FormatTime(kInfinity, kRate), "0:00.000");
+    EXPECT_EQ(FormatTime(kDoubleNaN, kRate), "0:00.000");
+    EXPECT_EQ(FormatTime(kDoubleInfinity, kRate), "0:00.000");
     EXPECT_EQ(FormatTime(44100, 0), "0:00.000");
     EXPECT_EQ(FormatTime(44100, -1), "0:00.000");
-    EXPECT_EQ(FormatTime(44100, static_cast<float>(kNan)), "0:00.000");
+    EXPECT_EQ(FormatTime(44100, static_cast<float>(kDoubleNaN)), "0:00.000");
     EXPECT_EQ(FormatTime(1e24, kRate).substr(0, 11), "2147483647:") << "minutes end with an i32";
     EXPECT_EQ(FormatTime(-1e24, kRate).substr(0, 12), "-2147483647:");
 }
@@ -50,7 +49,7 @@ TEST(FormatTime, NumbersWithoutATimeAreHarmless) {
 
 double EnteredSeconds(const char* text) {
     const auto samples = ParseTime(text, kRate);
-    return samples ? *samples / 44100.0 : kNan;
+    return samples ? *samples / 44100.0 : kDoubleNaN;
 }
 
 TEST(ParseTime, OneMinuteTwoAndAHalfSecondsAre62AndAHalfSecondsInSamples) {
@@ -108,7 +107,7 @@ TEST(ParseTime, TextsThatAreNoTimeGiveNothing) {
                              "inf", "\n", "%d:%f"})
         EXPECT_FALSE(ParseTime(text, kRate).has_value()) << text;
     EXPECT_FALSE(ParseTime("12", 0).has_value());
-    EXPECT_FALSE(ParseTime("12", static_cast<float>(kInfinity)).has_value());
+    EXPECT_FALSE(ParseTime("12", static_cast<float>(kDoubleInfinity)).has_value());
     EXPECT_EQ(ParseTime(std::string(1 << 20, '9'), 48000), 999 * 48);
     EXPECT_EQ(ParseTime(std::string("12\0:5", 5), 48000), 12 * 60 * 48000);
 }
@@ -164,17 +163,17 @@ TEST(TimeDisplay, EntrySetsTheValueAndTells) {
 
 TEST(TimeDisplay, HoldsValuesToItsRange) {
     TimeDisplayRig rig;
-    EXPECT_TRUE(rig.display.SetValue(-kInfinity));
+    EXPECT_TRUE(rig.display.SetValue(-kDoubleInfinity));
     EXPECT_EQ(rig.display.GetValue(), -1e24);
     rig.display.SetRange(0, 100);
     EXPECT_TRUE(rig.display.SetValue(-5));
     EXPECT_EQ(rig.display.GetValue(), 0);
     EXPECT_TRUE(rig.display.SetValue(5000));
     EXPECT_EQ(rig.display.GetValue(), 100);
-    EXPECT_FALSE(rig.display.SetValue(kNan));
+    EXPECT_FALSE(rig.display.SetValue(kDoubleNaN));
     EXPECT_EQ(rig.display.GetValue(), 100);
     rig.display.SetRange(5, 4);
-    rig.display.SetRange(kNan, 4);
+    rig.display.SetRange(kDoubleNaN, 4);
     EXPECT_EQ(rig.display.GetMinimum(), 0);
     EXPECT_EQ(rig.display.GetMaximum(), 100);
     EXPECT_TRUE(rig.display.Enter("-3:00"));
@@ -244,7 +243,7 @@ TEST(TimeDisplay, ANewRateKeepsTheSamples) {
     rig.display.SetValue(48000);
     rig.display.SetSampleRate(48000);
     EXPECT_EQ(rig.display.GetText(), "0:01.000");
-    for (const float bad : {0.0F, -1.0F, static_cast<float>(kNan), static_cast<float>(kInfinity)})
+    for (const float bad : {0.0F, -1.0F, static_cast<float>(kDoubleNaN), static_cast<float>(kDoubleInfinity)})
         rig.display.SetSampleRate(bad);
     EXPECT_EQ(rig.display.GetSampleRate(), 48000);
     EXPECT_EQ(rig.calls, 0);

@@ -1,14 +1,13 @@
 #include "app/tuning_freq.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
 
 namespace sonorelle {
 namespace {
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
 
 struct ListenedTuning {
     CkvovirelaineTuningFreq panel;
@@ -55,7 +54,7 @@ TEST(TuningFreq, IsHeldToTheRange) {
 
 TEST(TuningFreq, WhatIsNoNumberChangesNothing) {
     ListenedTuning listened;
-    for (const float bad : {kNan, kInfinite, -kInfinite}) {
+    for (const float bad : {kNaN, kInfinity, -kInfinity}) {
         listened.panel.SetFrequency(bad);
         EXPECT_FALSE(listened.panel.EnterFrequency(bad));
     }
@@ -81,7 +80,7 @@ TEST(TuningFreq, KnowsWhichFrequenciesItCanHave) {
     EXPECT_TRUE(CkvovirelaineTuningFreq::IsFrequency(500));
     EXPECT_FALSE(CkvovirelaineTuningFreq::IsFrequency(349.9F));
     EXPECT_FALSE(CkvovirelaineTuningFreq::IsFrequency(500.1F));
-    EXPECT_FALSE(CkvovirelaineTuningFreq::IsFrequency(kNan));
+    EXPECT_FALSE(CkvovirelaineTuningFreq::IsFrequency(kNaN));
 }
 
 } // namespace

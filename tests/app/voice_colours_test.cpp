@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <algorithm>
 
 namespace sonorelle {
@@ -20,6 +22,7 @@ TEST(VoiceColours, LerpGoesStraightFromOneToTheOther) {
     EXPECT_EQ(LerpColour({0, 100, 200}, {100, 200, 0}, 0.5F), (Colour{50, 150, 100}));
     EXPECT_EQ(LerpColour(kWhite, kBlack, -3), kWhite);
     EXPECT_EQ(LerpColour(kWhite, kBlack, 3), kBlack);
+    EXPECT_EQ(LerpColour(kWhite, kBlack, std::nanf("")), kWhite);
 }
 
 TEST(VoiceColours, WidgetsAndPanelsArePaler) {

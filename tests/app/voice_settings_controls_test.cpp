@@ -1,16 +1,14 @@
 #include "app/voice_controls.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <string>
 
 namespace sonorelle {
 namespace {
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
 
 struct ExpectedControl {
     VoiceControl control;
@@ -131,9 +129,9 @@ TEST(VoiceControls, ValuesAreHeldToTheRangeOfTheControl) {
         const VoiceControl control = info.control;
         EXPECT_EQ(StoredFromPanel(control, info.least - 1), StoredFromPanel(control, info.least));
         EXPECT_EQ(StoredFromPanel(control, info.most + 1), StoredFromPanel(control, info.most));
-        EXPECT_EQ(StoredFromPanel(control, kInfinite), StoredFromPanel(control, info.most));
-        EXPECT_EQ(StoredFromPanel(control, kNan), VoiceSettings().*info.stored);
-        for (const float stored : {-1e30F, -2.0F, 0.0F, 3.0F, 1e30F, -kInfinite, kInfinite, kNan}) {
+        EXPECT_EQ(StoredFromPanel(control, kInfinity), StoredFromPanel(control, info.most));
+        EXPECT_EQ(StoredFromPanel(control, kNaN), VoiceSettings().*info.stored);
+        for (const float stored : {-1e30F, -2.0F, 0.0F, 3.0F, 1e30F, -kInfinity, kInfinity, kNaN}) {
             const float shown = PanelFromStored(control, stored);
             EXPECT_TRUE(shown >= info.least && shown <= info.most) << info.toolTip << " " << stored;
         }
@@ -147,10 +145,10 @@ TEST(VoiceControls, ValuesFromOutsideAreKnownToBeInRangeOrNot) {
         EXPECT_TRUE(IsStoredValue(info.control, range.least)) << info.toolTip;
         EXPECT_TRUE(IsStoredValue(info.control, range.most)) << info.toolTip;
         EXPECT_TRUE(IsStoredValue(info.control, VoiceSettings().*info.stored)) << info.toolTip;
-        EXPECT_FALSE(IsStoredValue(info.control, std::nextafter(range.most, kInfinite))) << info.toolTip;
-        EXPECT_FALSE(IsStoredValue(info.control, std::nextafter(range.least, -kInfinite))) << info.toolTip;
-        EXPECT_FALSE(IsStoredValue(info.control, kNan)) << info.toolTip;
-        EXPECT_FALSE(IsStoredValue(info.control, kInfinite)) << info.toolTip;
+        EXPECT_FALSE(IsStoredValue(info.control, std::nextafter(range.most, kInfinity))) << info.toolTip;
+        EXPECT_FALSE(IsStoredValue(info.control, std::nextafter(range.least, -kInfinity))) << info.toolTip;
+        EXPECT_FALSE(IsStoredValue(info.control, kNaN)) << info.toolTip;
+        EXPECT_FALSE(IsStoredValue(info.control, kInfinity)) << info.toolTip;
     }
     EXPECT_EQ(GetStoredRange(VoiceControl::kDrift).least, -1);
     EXPECT_EQ(GetStoredRange(VoiceControl::kDrift).most, 1);

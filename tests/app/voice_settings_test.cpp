@@ -1,5 +1,7 @@
 #include "app/voice_settings.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -11,8 +13,6 @@
 namespace sonorelle {
 namespace {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
 constexpr std::int32_t kNoVoices[] = {-1, 4, std::numeric_limits<std::int32_t>::max(),
                                       std::numeric_limits<std::int32_t>::min()};
 
@@ -132,7 +132,7 @@ TEST(VoiceSettingsPanel, WhatIsNoNumberLeavesTheValue) {
     CkvovirelaineVoiceSettings mixer;
     VoiceSettings settings = UnlikeAnyDefault();
     mixer.SetSettings(3, settings);
-    for (const float bad : {kNan, kInfinite, -kInfinite})
+    for (const float bad : {kNaN, kInfinity, -kInfinity})
         mixer.SetSettings(3, {bad, bad, bad, bad, bad, bad, bad, bad, true, true});
     EXPECT_EQ(mixer.GetSettings(3), settings);
 }
@@ -288,7 +288,7 @@ TEST(VoiceSettingsPanel, AControlMovedToWhereItStandsTellsNobody) {
 
 TEST(VoiceSettingsPanel, WhatNoControlCanShowMovesNothing) {
     ListenedMixer listened;
-    for (const float bad : {kNan, kInfinite, -kInfinite})
+    for (const float bad : {kNaN, kInfinity, -kInfinity})
         EXPECT_FALSE(listened.mixer.MoveControl(0, VoiceControl::kVolume, bad));
     for (const auto control : {VoiceControl::kSwitch, VoiceControl::kNone, static_cast<VoiceControl>(9)})
         EXPECT_FALSE(listened.mixer.MoveControl(0, control, 1));

@@ -1,5 +1,7 @@
 #include "app/slider_text.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -11,9 +13,6 @@ const VoiceControlInfo& Volume() { return GetVoiceControl(VoiceControl::kVolume)
 const VoiceControlInfo& Pan() { return GetVoiceControl(VoiceControl::kPan); }
 const VoiceControlInfo& Shape() { return GetVoiceControl(VoiceControl::kShape); }
 const VoiceControlInfo& Delay() { return GetVoiceControl(VoiceControl::kDelay); }
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
 
 TEST(SliderText, TheTipOfVolumeZeroIsMinusInfinity) { EXPECT_EQ(SliderTip(Volume(), 0), "-oo"); }
 
@@ -33,9 +32,9 @@ TEST(SliderText, TheTipOfOtherControlsHasOneDigitBehindThePoint) {
 
 TEST(SliderText, TipsOfHostileValuesStayWithinTheRange) {
     EXPECT_EQ(SliderTip(Delay(), 1e30F), "100.0");
-    EXPECT_EQ(SliderTip(Delay(), kNan), "0.0");
-    EXPECT_EQ(SliderTip(Volume(), -kInfinite), "-oo");
-    EXPECT_EQ(SliderTip(Volume(), kInfinite), "2.5");
+    EXPECT_EQ(SliderTip(Delay(), kNaN), "0.0");
+    EXPECT_EQ(SliderTip(Volume(), -kInfinity), "-oo");
+    EXPECT_EQ(SliderTip(Volume(), kInfinity), "2.5");
 }
 
 TEST(SliderText, TickLabelsOfLinearSlidersAreShort) {
@@ -78,7 +77,7 @@ TEST(SliderText, TheWheelStopsAtTheEnds) {
     EXPECT_EQ(WheelValue(Delay(), 1, -5), 0);
     EXPECT_EQ(WheelValue(Shape(), 0, std::numeric_limits<std::int32_t>::max()), 8);
     EXPECT_EQ(WheelValue(Shape(), 0, std::numeric_limits<std::int32_t>::min()), -8);
-    EXPECT_EQ(WheelValue(Shape(), kNan, 1), 0.1F);
+    EXPECT_EQ(WheelValue(Shape(), kNaN, 1), 0.1F);
 }
 
 TEST(SliderText, AHundredNotchesOfATenthMakeTen) {
@@ -97,7 +96,7 @@ TEST(SliderText, ValuesSnapToTheNearestStepWithinTheRange) {
     EXPECT_EQ(SnapToStep(Pan(), 0.32F), 0.3F);
     EXPECT_EQ(SnapToStep(Delay(), 12.4F), 12);
     EXPECT_EQ(SnapToStep(Shape(), -100), -8);
-    EXPECT_EQ(SnapToStep(Shape(), kInfinite), 8);
+    EXPECT_EQ(SnapToStep(Shape(), kInfinity), 8);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "app/vol_pan_dial.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,9 +10,7 @@
 namespace sonorelle {
 namespace {
 
-constexpr DialSize kSize = {51, 41};
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinite = std::numeric_limits<float>::infinity();
+constexpr DialSize kDialSize = {51, 41};
 
 TEST(VolPanDial, StartsAtUnityInTheCentre) {
     const CkvoVolPanDial dial;
@@ -19,21 +19,21 @@ TEST(VolPanDial, StartsAtUnityInTheCentre) {
 }
 
 TEST(VolPanDial, ADragReachesAllCornersOfTheRange) {
-    EXPECT_EQ(DialPlaceAt(0, 0, kSize).vol, 1.333F);
-    EXPECT_EQ(DialPlaceAt(0, 0, kSize).pan, -1);
-    EXPECT_EQ(DialPlaceAt(50, 40, kSize).vol, 0);
-    EXPECT_EQ(DialPlaceAt(50, 40, kSize).pan, 1);
-    EXPECT_EQ(DialPlaceAt(25, 20, kSize).pan, 0);
-    EXPECT_FLOAT_EQ(DialPlaceAt(25, 20, kSize).vol, 0.6665F);
-    EXPECT_FLOAT_EQ(DialPlaceAt(25, 10, kSize).vol, 0.99975F);
+    EXPECT_EQ(DialPlaceAt(0, 0, kDialSize).vol, 1.333F);
+    EXPECT_EQ(DialPlaceAt(0, 0, kDialSize).pan, -1);
+    EXPECT_EQ(DialPlaceAt(50, 40, kDialSize).vol, 0);
+    EXPECT_EQ(DialPlaceAt(50, 40, kDialSize).pan, 1);
+    EXPECT_EQ(DialPlaceAt(25, 20, kDialSize).pan, 0);
+    EXPECT_FLOAT_EQ(DialPlaceAt(25, 20, kDialSize).vol, 0.6665F);
+    EXPECT_FLOAT_EQ(DialPlaceAt(25, 10, kDialSize).vol, 0.99975F);
 }
 
 TEST(VolPanDial, ADragBeyondTheEdgesIsHeldThere) {
     constexpr std::int32_t kFar = std::numeric_limits<std::int32_t>::max();
-    EXPECT_EQ(DialPlaceAt(-kFar, kFar, kSize).pan, -1);
-    EXPECT_EQ(DialPlaceAt(-kFar, kFar, kSize).vol, 0);
-    EXPECT_EQ(DialPlaceAt(kFar, -kFar, kSize).pan, 1);
-    EXPECT_EQ(DialPlaceAt(kFar, -kFar, kSize).vol, 1.333F);
+    EXPECT_EQ(DialPlaceAt(-kFar, kFar, kDialSize).pan, -1);
+    EXPECT_EQ(DialPlaceAt(-kFar, kFar, kDialSize).vol, 0);
+    EXPECT_EQ(DialPlaceAt(kFar, -kFar, kDialSize).pan, 1);
+    EXPECT_EQ(DialPlaceAt(kFar, -kFar, kDialSize).vol, 1.333F);
 }
 
 TEST(VolPanDial, ADialWithoutExtentIsHarmless) {
@@ -51,21 +51,21 @@ TEST(VolPanDial, ThePointStandsWhereVolumeAndPanPutIt) {
     // A pixel has room for no more than this: the constants of the two directions are each other's inverse to
     // eight digits.
     constexpr float kClose = 1e-3F;
-    EXPECT_NEAR(DialPointAt(1.333F, -1, kSize).x, 0, kClose);
-    EXPECT_NEAR(DialPointAt(1.333F, -1, kSize).y, 2, kClose);
-    EXPECT_NEAR(DialPointAt(0, 1, kSize).x, 51, kClose);
-    EXPECT_NEAR(DialPointAt(0, 1, kSize).y, 39, kClose);
-    EXPECT_NEAR(DialPointAt(1, 0, kSize).x, 25.5, kClose);
-    EXPECT_NEAR(DialPointAt(1, 0, kSize).y, 37 * 0.24981245 + 2, kClose);
-    EXPECT_NEAR(DialPointAt(0.5F, 0.5F, kSize).x, 38.25, kClose);
-    EXPECT_NEAR(DialPointAt(0.5F, 0.5F, kSize).y, 37 * (1 - 0.5 * 0.75018755) + 2, kClose);
+    EXPECT_NEAR(DialPointAt(1.333F, -1, kDialSize).x, 0, kClose);
+    EXPECT_NEAR(DialPointAt(1.333F, -1, kDialSize).y, 2, kClose);
+    EXPECT_NEAR(DialPointAt(0, 1, kDialSize).x, 51, kClose);
+    EXPECT_NEAR(DialPointAt(0, 1, kDialSize).y, 39, kClose);
+    EXPECT_NEAR(DialPointAt(1, 0, kDialSize).x, 25.5, kClose);
+    EXPECT_NEAR(DialPointAt(1, 0, kDialSize).y, 37 * 0.24981245 + 2, kClose);
+    EXPECT_NEAR(DialPointAt(0.5F, 0.5F, kDialSize).x, 38.25, kClose);
+    EXPECT_NEAR(DialPointAt(0.5F, 0.5F, kDialSize).y, 37 * (1 - 0.5 * 0.75018755) + 2, kClose);
 }
 
 TEST(VolPanDial, ThePointFollowsTheDragWithinThreePixels) {
-    for (std::int32_t y = 0; y < kSize.height; ++y) {
-        for (std::int32_t x = 0; x < kSize.width; ++x) {
-            const DialPlace place = DialPlaceAt(x, y, kSize);
-            const DialPoint point = DialPointAt(place.vol, place.pan, kSize);
+    for (std::int32_t y = 0; y < kDialSize.height; ++y) {
+        for (std::int32_t x = 0; x < kDialSize.width; ++x) {
+            const DialPlace place = DialPlaceAt(x, y, kDialSize);
+            const DialPoint point = DialPointAt(place.vol, place.pan, kDialSize);
             // The point keeps two pixels from either edge, and the width counts one pixel more than the drag.
             ASSERT_NEAR(point.x, x, 1.001);
             ASSERT_NEAR(point.y, y, 2.001);
@@ -74,8 +74,8 @@ TEST(VolPanDial, ThePointFollowsTheDragWithinThreePixels) {
 }
 
 TEST(VolPanDial, ThePointOfHostileValuesIsInTheDial) {
-    for (const float value : {kNan, kInfinite, -kInfinite, 1e30F, -1e30F}) {
-        const DialPoint point = DialPointAt(value, value, kSize);
+    for (const float value : {kNaN, kInfinity, -kInfinity, 1e30F, -1e30F}) {
+        const DialPoint point = DialPointAt(value, value, kDialSize);
         EXPECT_TRUE(point.x >= 0 && point.x <= 51) << value;
         EXPECT_TRUE(point.y >= 1.99F && point.y <= 39.01F) << value;
     }
@@ -95,7 +95,7 @@ TEST(VolPanDial, ValuesAreHeldAndWhatIsNoNumberIsIgnored) {
     EXPECT_EQ(dial.GetVol(), 0);
     EXPECT_EQ(dial.GetPan(), 1);
     dial.Set(0.5F, 0.25F);
-    dial.Set(kNan, kInfinite);
+    dial.Set(kNaN, kInfinity);
     EXPECT_EQ(dial.GetVol(), 0.5F);
     EXPECT_EQ(dial.GetPan(), 0.25F);
 }
@@ -147,7 +147,7 @@ TEST(VolPanDial, EachClippedPeakStartsTheFadeAnew) {
 
 TEST(VolPanDial, HostilePeaksGiveDrawableWedges) {
     CkvoVolPanDial dial;
-    for (const float peak : {kNan, kInfinite, -kInfinite, -1.0F, 1e30F, 1e-40F}) {
+    for (const float peak : {kNaN, kInfinity, -kInfinity, -1.0F, 1e30F, 1e-40F}) {
         dial.SetPeak(peak, peak);
         for (const PeakWedge& wedge : dial.NextWedges()) {
             EXPECT_TRUE(wedge.radius >= 0 && wedge.radius <= 1) << peak;

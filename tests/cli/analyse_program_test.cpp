@@ -1,4 +1,5 @@
 // The whole program, from the outside: recordings in, output and exit codes out.
+#include "cli/arrange_program.h"
 #include "cli/json_value.h"
 #include "cli/program_runner.h"
 #include "cli/xml_check.h"
@@ -22,18 +23,11 @@ namespace {
 using test::CountOf;
 using test::JsonValue;
 using test::ProgramResult;
+using test::ReadFile;
 using test::RunProgram;
 using test::RunProgramWith;
+using test::WriteFile;
 using test::XmlFault;
-
-std::string ReadFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void WriteFile(const std::filesystem::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
 
 std::vector<std::string> Lines(const std::string& text) {
     std::istringstream stream(text);

@@ -22,7 +22,7 @@ SoundSettings SoundOfVoices(const std::vector<std::string>& voices) {
     return Sound(options);
 }
 
-std::string WhyWrong(const ArrangeOptions& options) {
+std::string WhyUnusable(const ArrangeOptions& options) {
     ArrangementSettings settings;
     return ReadSettings(options, settings);
 }
@@ -31,7 +31,7 @@ std::string WhyWrongVoice(const std::string& voice, const char* style = "0") {
     ArrangeOptions options;
     options.voices = {voice};
     options.style = style;
-    return WhyWrong(options);
+    return WhyUnusable(options);
 }
 
 TEST(ReadSoundSettings, WithoutOptionsGivesTheDefaultPreset) {
@@ -94,7 +94,7 @@ TEST(ReadSoundSettings, TuningAndSpeedTakeBothEndsAndNothingBeyond) {
     }
     for (const char* text : {"", "349.9", "500.1", "-440", "nan", "inf", "440Hz", "A"}) {
         options.tuning = text;
-        EXPECT_EQ(WhyWrong(options),
+        EXPECT_EQ(WhyUnusable(options),
                   std::string("--tuning: '") + text + "' is not allowed; allowed: 350 to 500 Hz");
     }
     options.tuning.reset();
@@ -104,7 +104,7 @@ TEST(ReadSoundSettings, TuningAndSpeedTakeBothEndsAndNothingBeyond) {
     }
     for (const char* text : {"", "0", "0.0099", "100.1", "-1", "nan", "inf", "2x"}) {
         options.speed = text;
-        EXPECT_EQ(WhyWrong(options),
+        EXPECT_EQ(WhyUnusable(options),
                   std::string("--speed: '") + text + "' is not allowed; allowed: 0.01 to 20 times as fast");
     }
 }
@@ -112,7 +112,7 @@ TEST(ReadSoundSettings, TuningAndSpeedTakeBothEndsAndNothingBeyond) {
 TEST(ReadSoundSettings, TellsThePresets) {
     ArrangeOptions options;
     options.preset = "loud";
-    EXPECT_EQ(WhyWrong(options), "--preset: 'loud' is not allowed; allowed: 0 to 1, or default, flat");
+    EXPECT_EQ(WhyUnusable(options), "--preset: 'loud' is not allowed; allowed: 0 to 1, or default, flat");
 }
 
 } // namespace

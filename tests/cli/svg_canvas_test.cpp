@@ -46,7 +46,7 @@ TEST(SvgCanvas, DrawsShapes) {
         "stroke-width=\"1.5\">"
         "<title>tip &lt;1&gt;</title></rect>\n");
     EXPECT_EQ(Drawn([](SvgCanvas& c) {
-                  c.Line({0, 1}, {2, 3}, {FromRgb(0x123456), 2});
+                  c.Line({0, 1}, {2, 3}, {ColourFromRgb(0x123456), 2});
               }),
               "<line x1=\"0\" y1=\"1\" x2=\"2\" y2=\"3\" stroke=\"#123456\" stroke-width=\"2\"/>\n");
     const Point triangle[] = {{0, 0}, {1, 0}, {0.5, 1}};

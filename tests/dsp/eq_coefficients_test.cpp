@@ -1,17 +1,19 @@
 #include "dsp/eq_coefficients.h"
 
+#include "support/portable_math.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <complex>
 #include <limits>
-#include <numbers>
 
 namespace sonorelle {
 namespace {
 
+using test::kPi;
+
 using Complex = std::complex<double>;
-constexpr double kPi = std::numbers::pi;
 
 double Response(const EqCoefficients& c, double frequency) {
     const Complex z1 = std::polar(1.0, -2.0 * kPi * frequency);

@@ -2,6 +2,9 @@
 
 #include "platform/result_codes.h"
 
+#include "support/hostile_numbers.h"
+#include "support/noise.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,17 +18,9 @@
 namespace sonorelle {
 namespace {
 
-constexpr float kRate = 11025.0f;
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+using test::Noise;
 
-std::vector<float> Noise(std::size_t count, unsigned generator) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-1.0f, 1.0f);
-    std::vector<float> noise(count);
-    for (float& value : noise) value = sample(random);
-    return noise;
-}
+constexpr float kRate = 11025.0f;
 
 std::vector<float> Impulse(std::size_t count) {
     std::vector<float> impulse(count, 0.0f);

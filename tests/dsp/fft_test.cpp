@@ -3,6 +3,8 @@
 #include "dsp/fft_sse.h"
 #include "platform/result_codes.h"
 #include "support/direct_dft.h"
+#include "support/hostile_numbers.h"
+#include "support/noise.h"
 
 #include <gtest/gtest.h>
 
@@ -19,9 +21,10 @@ namespace sonorelle {
 namespace {
 
 using test::DirectDft;
+using test::Noise;
+using test::RoundingOfTransform;
 
 constexpr std::int32_t kLargest = 32768;
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 struct Form {
     const char* name;
@@ -33,14 +36,6 @@ std::unique_ptr<CFFT> Make(const Form& form, std::int32_t size, std::int32_t win
     std::unique_ptr<CFFT> fft;
     EXPECT_EQ(CreateFFT(fft, size, window, form.features), kOk);
     return fft;
-}
-
-std::vector<float> Noise(std::int32_t count, unsigned generator) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-1.0F, 1.0F);
-    std::vector<float> noise(static_cast<std::size_t>(count));
-    for (float& value : noise) value = sample(random);
-    return noise;
 }
 
 // Bin k of a spectrum in the form's own order.
@@ -66,11 +61,6 @@ std::vector<std::size_t> BinsToLookAt(std::size_t size) {
     return bins;
 }
 
-// Two or three roundings of 2^-24 a stage, all in one direction at worst; seen is less than a third of it.
-double Tolerance(std::size_t size, double norm) {
-    return 1.5e-7 * (1.0 + std::log2(static_cast<double>(size))) * norm;
-}
-
 double WindowAt(std::int32_t type, std::int32_t i, std::int32_t size) {
     const double turn = 2.0 * std::numbers::pi * i / size;
     if (type == kSineSquaredWindow) return std::pow(std::sin(turn / 2.0), 2.0);
@@ -88,7 +78,7 @@ TEST_P(CFFTForm, ForwardGivesTheSpectrumInTheOrderOfItsForm) {
         const DirectDft direct(signal.size());
         for (const std::size_t k : BinsToLookAt(signal.size())) {
             ASSERT_LT(std::abs(BinOf(GetParam(), data, k) - direct.Bin(signal, k)),
-                      Tolerance(signal.size(), test::Norm(signal)))
+                      RoundingOfTransform(signal.size(), test::Norm(signal)))
                 << "size " << size << " bin " << k;
         }
     }
@@ -134,7 +124,7 @@ TEST_P(CFFTForm, InverseSumsAnySpectrum) {
         std::vector<float> data = Noise(size, 4);
         std::vector<std::complex<double>> bins;
         for (std::size_t k = 0; k <= data.size() / 2; ++k) bins.push_back(BinOf(GetParam(), data, k));
-        const double tolerance = Tolerance(data.size(), 2.0 * test::Norm(data));
+        const double tolerance = RoundingOfTransform(data.size(), 2.0 * test::Norm(data));
         Make(GetParam(), size)->Inverse(data.data());
         const DirectDft direct(data.size());
         for (std::size_t n = 0; n < data.size(); n += std::max<std::size_t>(1, data.size() / 256)) {
@@ -162,7 +152,7 @@ TEST_P(CFFTForm, WindowsAreAppliedBeforeTheTransformAndByTheirFormulas) {
             for (std::size_t k = 0; k <= windowed.size() / 2;
                  k += std::max<std::size_t>(1, windowed.size() / 32)) {
                 ASSERT_LT(std::abs(BinOf(GetParam(), data, k) - direct.Bin(windowed, k)),
-                          Tolerance(windowed.size(), test::Norm(windowed) + 1e-3))
+                          RoundingOfTransform(windowed.size(), test::Norm(windowed) + 1e-3))
                     << "window " << type << " size " << size << " bin " << k;
             }
         }

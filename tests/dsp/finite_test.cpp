@@ -1,5 +1,7 @@
 #include "dsp/finite.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,8 +10,6 @@
 namespace sonorelle {
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kMax = std::numeric_limits<float>::max();
 
 TEST(Finite, InfinitiesAndNotNumbersBecomeZero) {

@@ -2,6 +2,7 @@
 
 #include "platform/result_codes.h"
 #include "support/direct_dft.h"
+#include "support/noise.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,8 @@
 namespace sonorelle {
 namespace {
 
+using test::Noise;
+
 constexpr std::uint32_t kEveryFeatureWord[] = {0, kFeatureSse, kFeatureSse2, kFeatureSse | kFeatureSse2};
 constexpr float kSmallestNormal = 1.1754944e-38F;
 constexpr std::int32_t kIntMax = std::numeric_limits<std::int32_t>::max();
@@ -24,14 +27,6 @@ std::unique_ptr<CKKF> Make(std::int32_t size, std::uint32_t features = kFeatureS
     std::unique_ptr<CKKF> kkf;
     EXPECT_EQ(CreateKKF(kkf, size, features), kOk);
     return kkf;
-}
-
-std::vector<float> Noise(std::int32_t count, unsigned generator) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-1.0F, 1.0F);
-    std::vector<float> noise(static_cast<std::size_t>(count));
-    for (float& value : noise) value = sample(random);
-    return noise;
 }
 
 // Sum of (-1)^n x[n]: the highest bin.

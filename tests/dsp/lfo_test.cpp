@@ -2,28 +2,28 @@
 
 #include "platform/result_codes.h"
 #include "support/allocation_trap.h"
+#include "support/hostile_numbers.h"
+#include "support/portable_math.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 #include <vector>
 
 namespace sonorelle {
 namespace {
 
-constexpr std::int32_t kRate = 689; // blocks of 64 a second at 44.1 kHz
-constexpr double kPi = std::numbers::pi;
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kLargest = std::numeric_limits<float>::max();
+using test::kPi;
+
+constexpr std::int32_t kControlRate = 689; // blocks of 64 a second at 44.1 kHz
+constexpr float kLargestFloat = std::numeric_limits<float>::max();
 constexpr std::uint32_t kKinds[] = {kSineLfo, kSawLfo, kTriangleLfo, kNoiseLfo, kNoLfo};
 
 std::unique_ptr<CLFO> MakeLFO(std::uint32_t kind) {
     std::unique_ptr<CLFO> lfo;
-    EXPECT_EQ(CreateLFO(lfo, kRate, kind), kOk);
+    EXPECT_EQ(CreateLFO(lfo, kControlRate, kind), kOk);
     return lfo;
 }
 
@@ -43,9 +43,9 @@ float Peak(const std::vector<float>& values) {
 
 TEST(CSineLFO, EachModeIsASineOrACosineOfEitherSign) {
     constexpr float kHertz = 5.5f;
-    const double tick = 2.0 * kPi * static_cast<double>(kHertz) / kRate; // radians
+    const double tick = 2.0 * kPi * static_cast<double>(kHertz) / kControlRate; // radians
     for (std::uint32_t mode = 0; mode < 4; ++mode) {
-        CSineLFO lfo(kRate);
+        CSineLFO lfo(kControlRate);
         lfo.SetFrequency(kHertz);
         lfo.SetPhase(mode);
         for (int n = 1; n <= 2000; ++n) {
@@ -59,7 +59,7 @@ TEST(CSineLFO, EachModeIsASineOrACosineOfEitherSign) {
 }
 
 TEST(CSineLFO, StartsAsASine) {
-    CSineLFO plain(kRate), sine(kRate);
+    CSineLFO plain(kControlRate), sine(kControlRate);
     sine.SetPhase(2);
     plain.SetFrequency(3.0f);
     sine.SetFrequency(3.0f);
@@ -67,7 +67,7 @@ TEST(CSineLFO, StartsAsASine) {
 }
 
 TEST(CSineLFO, StandsAtZeroWithoutAFrequency) {
-    CSineLFO lfo(kRate);
+    CSineLFO lfo(kControlRate);
     EXPECT_EQ(Peak(Ticks(lfo, 100)), 0.0f);
     lfo.SetPhase(3);
     EXPECT_EQ(lfo.Tick(), 1.0f);
@@ -75,7 +75,7 @@ TEST(CSineLFO, StandsAtZeroWithoutAFrequency) {
 
 TEST(CSineLFO, KeepsItsHeightOverMillionsOfTicks) {
     for (const float hertz : {0.1f, 1.0f, 5.5f, 33.3f, 100.0f, 229.7f, 300.0f}) {
-        CSineLFO lfo(kRate);
+        CSineLFO lfo(kControlRate);
         lfo.SetFrequency(hertz);
         for (int block = 0; block < 20; ++block) {
             const float peak = Peak(Ticks(lfo, 100000));
@@ -90,14 +90,14 @@ TEST(CSineLFO, StaysBoundedAtAndBeyondHalfTheRate) {
     // Just below half the rate the coefficient rounds to 2, where the bare sums grow without end: to 18 after
     // two million ticks at 344.499.
     for (const float hertz : {344.0f, 344.4f, 344.499f, 344.5f, 344.501f, 689.0f, 1e6f, -344.499f}) {
-        CSineLFO lfo(kRate);
+        CSineLFO lfo(kControlRate);
         lfo.SetFrequency(hertz);
         for (int block = 0; block < 20; ++block) ASSERT_LE(Peak(Ticks(lfo, 100000)), 1.0f) << hertz;
     }
 }
 
 TEST(CSineLFO, ResetStartsTheWaveAgainAndKeepsItsMode) {
-    CSineLFO lfo(kRate);
+    CSineLFO lfo(kControlRate);
     lfo.SetFrequency(7.0f);
     lfo.SetPhase(1);
     const std::vector<float> first = Ticks(lfo, 333);
@@ -125,13 +125,13 @@ TEST(CSawLFO, EachModeSetsSideAndStart) {
     // Without a frequency the smoother runs towards the value of the phase: 0 where it is half a period on.
     const double goal[] = {-1.0, 0.0, 1.0, 0.0};
     for (std::uint32_t mode = 0; mode < 4; ++mode) {
-        CSawLFO lfo(kRate);
+        CSawLFO lfo(kControlRate);
         lfo.SetPhase(mode);
         for (int n = 1; n <= 3000; ++n)
             ASSERT_NEAR(lfo.Tick(), goal[mode] * (1.0 - std::pow(0.999, n)), 1e-5) << mode;
     }
     for (const std::uint32_t mode : {1u, 3u}) { // from the middle on, up and down
-        CSawLFO lfo(kRate);
+        CSawLFO lfo(kControlRate);
         lfo.SetFrequency(0.5f);
         lfo.SetPhase(mode);
         Ticks(lfo, 300);
@@ -153,7 +153,7 @@ TEST(CSawLFO, RunsThroughOnePeriodInRateOverFrequencyTicks) {
 
 TEST(CSawLFO, ResetBeginsThePeriodWithTheStoredMode) {
     for (std::uint32_t mode = 0; mode < 4; ++mode) {
-        CSawLFO lfo(kRate), fresh(kRate);
+        CSawLFO lfo(kControlRate), fresh(kControlRate);
         for (CSawLFO* saw : {&lfo, &fresh}) saw->SetPhase(mode);
         Ticks(lfo, 1); // moves the smoother alone
         lfo.SetFrequency(2.0f);
@@ -166,7 +166,7 @@ TEST(CSawLFO, ResetBeginsThePeriodWithTheStoredMode) {
 }
 
 TEST(CSawLFO, EachCallOfAnOddModeShiftsByHalfAPeriod) {
-    CSawLFO lfo(kRate), plain(kRate);
+    CSawLFO lfo(kControlRate), plain(kControlRate);
     lfo.SetPhase(1);
     lfo.SetPhase(1);
     EXPECT_EQ(Ticks(lfo, 100), Ticks(plain, 100));
@@ -182,9 +182,9 @@ double Triangle(double periods) {
 
 TEST(CTriangLFO, EachModeIsATriangleFromItsOwnStart) {
     constexpr float kHertz = 5.5f;
-    const double step = static_cast<double>(kHertz) / kRate;
+    const double step = static_cast<double>(kHertz) / kControlRate;
     for (std::uint32_t mode = 0; mode < 4; ++mode) {
-        CTriangLFO lfo(kRate);
+        CTriangLFO lfo(kControlRate);
         lfo.SetFrequency(kHertz);
         lfo.SetPhase(mode);
         const double start = mode % 2 == 0 ? 0.0 : 0.25;
@@ -198,7 +198,7 @@ TEST(CTriangLFO, EachModeIsATriangleFromItsOwnStart) {
 
 TEST(CTriangLFO, KeepsItsHeightOverMillionsOfTicks) {
     for (const float hertz : {0.1f, 1.0f, 5.5f, 33.3f, 300.0f}) {
-        CTriangLFO lfo(kRate);
+        CTriangLFO lfo(kControlRate);
         lfo.SetFrequency(hertz);
         for (int block = 0; block < 20; ++block) {
             const float peak = Peak(Ticks(lfo, 100000));
@@ -210,7 +210,7 @@ TEST(CTriangLFO, KeepsItsHeightOverMillionsOfTicks) {
 
 TEST(CTriangLFO, ResetBeginsThePeriodWithTheStoredMode) {
     for (std::uint32_t mode = 0; mode < 4; ++mode) {
-        CTriangLFO lfo(kRate);
+        CTriangLFO lfo(kControlRate);
         lfo.SetFrequency(3.0f);
         lfo.SetPhase(mode);
         const std::vector<float> first = Ticks(lfo, 777);
@@ -220,7 +220,7 @@ TEST(CTriangLFO, ResetBeginsThePeriodWithTheStoredMode) {
 }
 
 TEST(CTriangLFO, EachCallOfAnOddModeShiftsByAQuarter) {
-    CTriangLFO lfo(kRate);
+    CTriangLFO lfo(kControlRate);
     for (const double expected : {0.0, 1.0, 0.0, -1.0}) {
         lfo.SetPhase(1);
         EXPECT_NEAR(lfo.Tick(), expected, 1e-3);
@@ -233,7 +233,7 @@ TEST(CTriangLFO, EachCallOfAnOddModeShiftsByAQuarter) {
 constexpr std::uint32_t kPrinted[] = {0x3c6ef35f, 0x47502932, 0xd1ccf6e9, 0xaaf95334, 0x6252e503};
 
 TEST(CNoiseLFO, SmoothsThePrintedSequence) {
-    CNoiseLFO lfo(kRate);
+    CNoiseLFO lfo(kControlRate);
     double expected = 0.0;
     for (const std::uint32_t number : kPrinted) {
         const double x = static_cast<std::int32_t>(number) / 2147483648.0;
@@ -243,7 +243,7 @@ TEST(CNoiseLFO, SmoothsThePrintedSequence) {
 }
 
 TEST(CNoiseLFO, SetFrequencyRestartsTheSequenceAndKeepsTheSmoother) {
-    CNoiseLFO lfo(kRate);
+    CNoiseLFO lfo(kControlRate);
     Ticks(lfo, 1000);
     const float before = lfo.Tick();
     lfo.SetFrequency(12.0f);
@@ -252,7 +252,7 @@ TEST(CNoiseLFO, SetFrequencyRestartsTheSequenceAndKeepsTheSmoother) {
 }
 
 TEST(CNoiseLFO, PhaseAndResetDoNothing) {
-    CNoiseLFO lfo(kRate), untouched(kRate);
+    CNoiseLFO lfo(kControlRate), untouched(kControlRate);
     Ticks(lfo, 50);
     Ticks(untouched, 50);
     lfo.SetPhase(0);
@@ -261,7 +261,7 @@ TEST(CNoiseLFO, PhaseAndResetDoNothing) {
 }
 
 TEST(CNoiseLFO, WandersSlowlyAroundZero) {
-    CNoiseLFO lfo(kRate);
+    CNoiseLFO lfo(kControlRate);
     const std::vector<float> values = Ticks(lfo, 3000000);
     double sum = 0.0, power = 0.0;
     for (const float value : values) {
@@ -279,7 +279,7 @@ TEST(CNoiseLFO, WandersSlowlyAroundZero) {
 // --- None, and all of them ---
 
 TEST(CNoLFO, IsOneWhateverIsSet) {
-    CNoLFO lfo(kRate);
+    CNoLFO lfo(kControlRate);
     lfo.SetFrequency(10.0f);
     lfo.SetPhase(0);
     lfo.Reset();
@@ -306,7 +306,7 @@ TEST(CLFO, IgnoresFrequenciesAndModesThatAreNone) {
 TEST(CLFO, StaysBoundedAtEveryFrequency) {
     for (const std::uint32_t kind : kKinds) {
         const auto lfo = MakeLFO(kind);
-        for (const float hertz : {0.0f, 1e-40f, -1e-9f, -3.0f, 1e9f, 1e30f, -1e38f, kLargest, 6.0f}) {
+        for (const float hertz : {0.0f, 1e-40f, -1e-9f, -3.0f, 1e9f, 1e30f, -1e38f, kLargestFloat, 6.0f}) {
             lfo->SetFrequency(hertz);
             for (std::uint32_t call = 0; call < 1000; ++call) {
                 lfo->SetPhase(call % 5);
@@ -343,7 +343,7 @@ TEST(CreateLFO, MakesEachKind) {
 
 TEST(CreateLFO, HandsOnTheRate) {
     const auto lfo = MakeLFO(kSineLfo);
-    CSineLFO expected(kRate);
+    CSineLFO expected(kControlRate);
     lfo->SetFrequency(20.0f);
     expected.SetFrequency(20.0f);
     EXPECT_EQ(Ticks(*lfo, 100), Ticks(expected, 100));
@@ -352,7 +352,7 @@ TEST(CreateLFO, HandsOnTheRate) {
 TEST(CreateLFO, RefusesAnotherKindAndARateBelowOne) {
     std::unique_ptr<CLFO> lfo;
     for (const std::uint32_t kind : {5u, 100u, 0xffffffffu})
-        EXPECT_EQ(CreateLFO(lfo, kRate, kind), kBadArgument);
+        EXPECT_EQ(CreateLFO(lfo, kControlRate, kind), kBadArgument);
     for (const std::int32_t rate : {0, -1, std::numeric_limits<std::int32_t>::min()})
         EXPECT_EQ(CreateLFO(lfo, rate, kSineLfo), kBadArgument);
     EXPECT_FALSE(lfo);
@@ -364,7 +364,7 @@ TEST(CreateLFO, TellsWhenMemoryRanOut) {
         std::int32_t result = kOk;
         {
             const test::AllocationLimit limit(0);
-            result = CreateLFO(lfo, kRate, kind);
+            result = CreateLFO(lfo, kControlRate, kind);
         }
         EXPECT_EQ(result, kOutOfMemory);
         EXPECT_FALSE(lfo);

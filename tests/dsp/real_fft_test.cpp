@@ -2,6 +2,7 @@
 
 #include "dsp/real_fft_kernels.h"
 #include "support/direct_dft.h"
+#include "support/noise.h"
 
 #include <gtest/gtest.h>
 
@@ -18,25 +19,13 @@ namespace sonorelle {
 namespace {
 
 using test::DirectDft;
+using test::Noise;
+using test::RoundingOfTransform;
 
-constexpr std::size_t kLargest = 32768;
-
-std::vector<float> Noise(std::size_t count, unsigned generator, float peak = 1.0F) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-peak, peak);
-    std::vector<float> noise(count);
-    for (float& value : noise) value = sample(random);
-    return noise;
-}
-
-// A rounding of each butterfly stage and of its factors, at worst all in one direction: 2^-24 each, and two
-// or three a stage. Seen: less than a third of this.
-double Tolerance(std::size_t size, double norm) {
-    return 1.5e-7 * (1.0 + std::log2(static_cast<double>(size))) * norm;
-}
+constexpr std::size_t kLongest = 32768;
 
 // All bins of small transforms; of long ones the ends, the middle and a scatter of others.
-std::vector<std::size_t> BinsToLookAt(std::size_t size) {
+std::vector<std::size_t> BinsOfRealTransform(std::size_t size) {
     const std::size_t half = size / 2;
     std::vector<std::size_t> bins;
     if (size <= 1024) {
@@ -64,16 +53,16 @@ std::complex<double> InterleavedBin(const std::vector<float>& data, std::size_t 
 
 TEST(RealFft, ForwardGivesTheSpectrumInInterleavedOrder) {
     for (const FftKernels* kernels : RunnableKernels()) {
-        for (std::size_t size = 2; size <= kLargest; size *= 2) {
+        for (std::size_t size = 2; size <= kLongest; size *= 2) {
             RealFft fft;
             ASSERT_TRUE(fft.Init(static_cast<std::int32_t>(size), *kernels));
             const std::vector<float> signal = Noise(size, static_cast<unsigned>(size));
             std::vector<float> data = signal;
             fft.Forward(data.data());
             const DirectDft direct(size);
-            for (const std::size_t k : BinsToLookAt(size)) {
+            for (const std::size_t k : BinsOfRealTransform(size)) {
                 ASSERT_LT(std::abs(InterleavedBin(data, k) - direct.Bin(signal, k)),
-                          Tolerance(size, test::Norm(signal)))
+                          RoundingOfTransform(size, test::Norm(signal)))
                     << "size " << size << " bin " << k;
             }
         }
@@ -82,7 +71,7 @@ TEST(RealFft, ForwardGivesTheSpectrumInInterleavedOrder) {
 
 TEST(RealFft, InverseSumsASpectrumThatNoForwardTransformMade) {
     for (const FftKernels* kernels : RunnableKernels()) {
-        for (std::size_t size = 2; size <= kLargest; size *= 2) {
+        for (std::size_t size = 2; size <= kLongest; size *= 2) {
             RealFft fft;
             ASSERT_TRUE(fft.Init(static_cast<std::int32_t>(size), *kernels));
             std::vector<float> data = Noise(size, static_cast<unsigned>(size) + 1);
@@ -91,10 +80,10 @@ TEST(RealFft, InverseSumsASpectrumThatNoForwardTransformMade) {
             const double norm = 2.0 * test::Norm(data);
             fft.Inverse(data.data());
             const DirectDft direct(size);
-            for (const std::size_t n : BinsToLookAt(size)) {
+            for (const std::size_t n : BinsOfRealTransform(size)) {
                 const std::size_t sample = std::min(n, size - 1);
                 ASSERT_NEAR(static_cast<double>(data[sample]), direct.Sample(bins, sample),
-                            Tolerance(size, norm))
+                            RoundingOfTransform(size, norm))
                     << "size " << size << " sample " << sample;
             }
         }
@@ -103,7 +92,7 @@ TEST(RealFft, InverseSumsASpectrumThatNoForwardTransformMade) {
 
 TEST(RealFft, ForwardAndInverseMultiplyByTheSize) {
     for (const FftKernels* kernels : RunnableKernels()) {
-        for (std::size_t size = 2; size <= kLargest; size *= 2) {
+        for (std::size_t size = 2; size <= kLongest; size *= 2) {
             RealFft fft;
             ASSERT_TRUE(fft.Init(static_cast<std::int32_t>(size), *kernels));
             const std::vector<float> signal = Noise(size, static_cast<unsigned>(size) + 2);
@@ -121,7 +110,7 @@ TEST(RealFft, ForwardAndInverseMultiplyByTheSize) {
 
 TEST(RealFft, BothVectorWidthsGiveTheSameBits) {
     if (!HasWideVectors()) GTEST_SKIP() << "this processor has no wide vectors";
-    for (std::size_t size = 2; size <= kLargest; size *= 2) {
+    for (std::size_t size = 2; size <= kLongest; size *= 2) {
         RealFft narrow, wide;
         ASSERT_TRUE(narrow.Init(static_cast<std::int32_t>(size), BaselineFftKernels()));
         ASSERT_TRUE(wide.Init(static_cast<std::int32_t>(size), WideFftKernels()));
@@ -139,7 +128,7 @@ TEST(RealFft, BothVectorWidthsGiveTheSameBits) {
 }
 
 TEST(RealFft, AnImpulseGivesAFlatSpectrumAndDcOneBin) {
-    for (std::size_t size = 2; size <= kLargest; size *= 2) {
+    for (std::size_t size = 2; size <= kLongest; size *= 2) {
         RealFft fft;
         ASSERT_TRUE(fft.Init(static_cast<std::int32_t>(size), BaselineFftKernels()));
         std::vector<float> impulse(size, 0.0F);

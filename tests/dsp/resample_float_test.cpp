@@ -2,13 +2,14 @@
 
 #include "dsp/kaiser_sinc.h"
 #include "platform/result_codes.h"
+#include "support/noise.h"
+#include "support/portable_math.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 #include <random>
 #include <utility>
 #include <vector>
@@ -16,7 +17,9 @@
 namespace sonorelle {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
+using test::kPi;
+using test::Noise;
+
 constexpr std::int32_t kBlock = 16384;
 
 struct Rates {
@@ -24,19 +27,11 @@ struct Rates {
     double Ratio() const { return static_cast<double>(out) / in; }
 };
 
-std::unique_ptr<CResampleBase> Make(std::int32_t order = 3, std::int32_t channels = 1,
-                                    std::int32_t blockSize = kBlock) {
+std::unique_ptr<CResampleBase> MakeFloat(std::int32_t order = 3, std::int32_t channels = 1,
+                                         std::int32_t blockSize = kBlock) {
     std::unique_ptr<CResampleBase> resampler;
     EXPECT_EQ(CreateResampler(resampler, order, blockSize, channels, kResampleFloat), kOk);
     return resampler;
-}
-
-std::vector<float> Noise(std::size_t count, unsigned generator) {
-    std::mt19937 random(generator);
-    std::uniform_real_distribution<float> sample(-1.0f, 1.0f);
-    std::vector<float> noise(count);
-    for (float& value : noise) value = sample(random);
-    return noise;
 }
 
 std::vector<float> Sine(double hertz, double rate, std::size_t count) {
@@ -158,7 +153,7 @@ TEST_P(ResampleFloatAtRates, AgreesWithTheDirectSumAtExactPlaces) {
     const Rates rates = GetParam();
     const std::vector<float> in = Noise(rates.in > 500000 ? 40000 : 3000, 41);
     for (const std::int32_t order : {1, 3, 16}) {
-        const auto resampler = Make(order);
+        const auto resampler = MakeFloat(order);
         const std::vector<float> out = Feed(*resampler, rates, in);
         double error = 0.0;
         for (std::size_t k = 0; k < out.size(); ++k) {
@@ -176,11 +171,11 @@ TEST_P(ResampleFloatAtRates, AgreesWithTheDirectSumAtExactPlaces) {
 TEST_P(ResampleFloatAtRates, OutputStreamDoesNotDependOnBlockSizes) {
     const Rates rates = GetParam();
     const std::vector<float> in = Noise(30000, 42);
-    const auto whole = Make(3, 1, 30000);
+    const auto whole = MakeFloat(3, 1, 30000);
     const std::vector<float> expected = Feed(*whole, rates, in);
     unsigned generator = 0;
     for (const std::size_t largest : {3u, 60u, 900u, 2500u, 9000u, 16384u}) {
-        const auto cut = Make();
+        const auto cut = MakeFloat();
         const std::vector<float> out = FeedInRandomCuts(*cut, rates, in, ++generator, largest);
         const std::size_t common = std::min(out.size(), expected.size());
         EXPECT_LE(std::max(out.size(), expected.size()) - common,
@@ -191,7 +186,7 @@ TEST_P(ResampleFloatAtRates, OutputStreamDoesNotDependOnBlockSizes) {
 
 TEST_P(ResampleFloatAtRates, FirstOutputsStartOnlyAfterHistoryFrames) {
     const Rates rates = GetParam();
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     EXPECT_EQ(resampler->HeldFrames(), -8);
     const auto history =
         std::max(8, static_cast<std::int32_t>(4.0 * std::max(1.0 / rates.Ratio(), 1.0) + 1.0));
@@ -207,7 +202,7 @@ TEST_P(ResampleFloatAtRates, FirstOutputsStartOnlyAfterHistoryFrames) {
 TEST_P(ResampleFloatAtRates, ASingleCallGivesTheCountedNumberOfOutputs) {
     const Rates rates = GetParam();
     for (const std::int32_t frames : {500, 1000, 4093, kBlock}) {
-        const auto resampler = Make();
+        const auto resampler = MakeFloat();
         const std::vector<float> in(static_cast<std::size_t>(frames), 0.5f);
         const std::size_t made = Feed(*resampler, rates, in).size();
         ResampleClock clock;
@@ -221,7 +216,7 @@ TEST(CResampleFloat, HeldFramesTellWhatIsStillNeeded) {
     for (const Rates rates :
          {Rates{44100, 11025}, Rates{48000, 11025}, Rates{22050, 11025}, Rates{32000, 11025},
           Rates{96000, 11025}, Rates{192000, 11025}, Rates{11025, 11025}, Rates{11026, 11025}}) {
-        const auto resampler = Make();
+        const auto resampler = MakeFloat();
         const double perOutput = 1.0 / rates.Ratio();
         const std::vector<float> in = Noise(10000, 43);
         Feed(*resampler, rates, in.data(), 1000);
@@ -238,7 +233,7 @@ TEST(CResampleFloat, HeldFramesTellWhatIsStillNeeded) {
 TEST_P(ResampleFloatAtRates, ResetBringsBackTheFirstState) {
     const Rates rates = GetParam();
     const std::vector<float> in = Noise(16000, 44);
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> expected = Feed(*resampler, rates, in);
     EXPECT_TRUE(resampler->HasRun());
     resampler->Reset();
@@ -253,8 +248,8 @@ TEST_P(ResampleFloatAtRates, ChannelsAreResampledEachOnItsOwn) {
     const std::vector<float> left = Noise(4000, 45), right = Noise(4000, 46);
     std::vector<float> both;
     for (std::size_t n = 0; n < left.size(); ++n) both.insert(both.end(), {left[n], right[n]});
-    const auto stereo = Make(3, 2);
-    const auto a = Make(), b = Make();
+    const auto stereo = MakeFloat(3, 2);
+    const auto a = MakeFloat(), b = MakeFloat();
     const std::vector<float> out = FeedInRandomCuts(*stereo, rates, both, 3, 700, 2);
     const std::vector<float> outLeft = FeedInRandomCuts(*a, rates, left, 3, 700);
     const std::vector<float> outRight = FeedInRandomCuts(*b, rates, right, 3, 700);
@@ -267,7 +262,7 @@ TEST_P(ResampleFloatAtRates, ChannelsAreResampledEachOnItsOwn) {
 
 TEST_P(ResampleFloatAtRates, ConstantInputKeepsItsLevelTimes099) {
     const Rates rates = GetParam();
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> out = Feed(*resampler, rates, std::vector<float>(kBlock, 1.0f));
     const auto settled = static_cast<std::size_t>(std::ceil(3.0 * std::max(1.0, rates.Ratio()))) + 1;
     ASSERT_GT(out.size(), settled);
@@ -277,7 +272,7 @@ TEST_P(ResampleFloatAtRates, ConstantInputKeepsItsLevelTimes099) {
 }
 
 TEST(CResampleFloat, EqualRatesAt11025AreAFilterWithAGainOf099) {
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> in = Noise(4000, 47);
     const std::vector<float> out = Feed(*resampler, {11025, 11025}, in);
     ASSERT_EQ(out.size(), in.size() - 8);
@@ -295,7 +290,7 @@ TEST(CResampleFloat, EqualRatesAt11025AreAFilterWithAGainOf099) {
 TEST(CResampleFloat, SinesComeOutPureAndWithTheFiltersGain) {
     for (const Rates rates : {Rates{44100, 11025}, Rates{48000, 11025}}) {
         for (const double hertz : {60.0, 220.0, 440.0, 1000.0, 2500.0, 4000.0}) {
-            const auto resampler = Make();
+            const auto resampler = MakeFloat();
             const std::vector<float> out = Feed(*resampler, rates, Sine(hertz, rates.in, kBlock));
             const auto [amplitude, rest] = FitSine(out, hertz, rates.out, 20);
             EXPECT_NEAR(amplitude, 0.99 * KernelGain(hertz / (rates.out / 2.0), 3), 3e-4) << hertz;
@@ -309,7 +304,7 @@ TEST(CResampleFloat, SinesComeOutPureAndWithTheFiltersGain) {
 TEST(CResampleFloat, SinesKeepTheirPlaceInTime) {
     // No delay: the phase at output k is that of the input at k times the ratio.
     const Rates rates{48000, 11025};
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> out = Feed(*resampler, rates, Sine(440.0, rates.in, kBlock));
     double s = 0.0, c = 0.0;
     for (std::size_t k = 25; k < 25 + 2205; ++k) { // 88 whole periods
@@ -330,7 +325,7 @@ TEST(CResampleFloat, FrequenciesAboveTheBandAreTakenAwayAsFarAsTheFilterReaches)
                                            {11000.0, -80.0},
                                            {15000.0, -80.0},
                                            {20000.0, -80.0}}) {
-            const auto resampler = Make();
+            const auto resampler = MakeFloat();
             const std::vector<float> out = Feed(*resampler, rates, Sine(hertz, rates.in, kBlock));
             double power = 0.0;
             for (std::size_t k = 20; k < out.size(); ++k) power += std::pow(static_cast<double>(out[k]), 2.0);
@@ -343,7 +338,7 @@ TEST(CResampleFloat, FrequenciesAboveTheBandAreTakenAwayAsFarAsTheFilterReaches)
 TEST(CResampleFloat, LongerFiltersAreSteeper) {
     double last = 0.0;
     for (const std::int32_t order : {3, 8, 32, 120}) {
-        const auto resampler = Make(order);
+        const auto resampler = MakeFloat(order);
         const std::vector<float> out = Feed(*resampler, {44100, 11025}, Sine(6500.0, 44100.0, kBlock));
         const double level = Decibels(static_cast<double>(
             *std::max_element(out.begin() + static_cast<std::ptrdiff_t>(order) + 1, out.end())));
@@ -354,7 +349,7 @@ TEST(CResampleFloat, LongerFiltersAreSteeper) {
 }
 
 TEST(CResampleFloat, SilenceGivesExactZeros) {
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> out = Feed(*resampler, {48000, 11025}, std::vector<float>(kBlock, 0.0f));
     EXPECT_EQ(out, std::vector<float>(out.size(), 0.0f));
 }
@@ -363,7 +358,7 @@ TEST(CResampleFloat, WorksInPlaceForDownsampling) {
     for (const Rates rates :
          {Rates{44100, 11025}, Rates{48000, 11025}, Rates{11025, 11025}, Rates{11026, 11025}}) {
         const std::vector<float> in = Noise(kBlock, 48);
-        const auto apart = Make(), within = Make();
+        const auto apart = MakeFloat(), within = MakeFloat();
         const std::vector<float> expected = Feed(*apart, rates, in);
         std::vector<float> array = in;
         array.resize(in.size() + 2);
@@ -376,8 +371,8 @@ TEST(CResampleFloat, WorksInPlaceForDownsampling) {
 TEST(CResampleFloat, MoreThanABlockIsTakenInPortions) {
     const std::vector<float> in = Noise(10000, 49);
     for (const Rates rates : {Rates{44100, 11025}, Rates{48000, 11025}, Rates{11025, 48000}}) {
-        const auto large = Make(3, 1, 10000);
-        const auto small = Make(3, 1, 64);
+        const auto large = MakeFloat(3, 1, 10000);
+        const auto small = MakeFloat(3, 1, 64);
         const std::vector<float> expected = Feed(*large, rates, in);
         const std::vector<float> out = Feed(*small, rates, in);
         const std::size_t common = std::min(out.size(), expected.size());
@@ -388,7 +383,7 @@ TEST(CResampleFloat, MoreThanABlockIsTakenInPortions) {
 }
 
 TEST(CResampleFloat, ALongerHistoryHoldsOutputsBackUntilItIsFilled) {
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> in = Noise(kBlock, 50);
     Feed(*resampler, {44100, 44100}, in.data(), 1000);
     EXPECT_EQ(resampler->GetHistory(), 8);
@@ -406,7 +401,7 @@ TEST(CResampleFloat, AChangedRatioNeverReadsWhatWasNotWritten) {
     // Whatever an earlier stream left in the buffers must not be heard after a reset and several growths.
     const std::vector<float> in = Noise(3000, 51);
     const std::vector<float> loud(kBlock, 1e6f);
-    const auto fresh = Make(), used = Make();
+    const auto fresh = MakeFloat(), used = MakeFloat();
     Feed(*used, {11025, 11025}, loud);
     Feed(*used, {1000, 1}, loud);
     used->Reset();
@@ -419,7 +414,7 @@ TEST(CResampleFloat, AChangedRatioNeverReadsWhatWasNotWritten) {
 }
 
 TEST(CResampleFloat, SettlesOnTheNewRatioAfterAChange) {
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> ones(kBlock, 1.0f);
     Feed(*resampler, {44100, 44100}, ones);
     const std::vector<float> out = Feed(*resampler, {44100, 11025}, ones);
@@ -429,7 +424,7 @@ TEST(CResampleFloat, SettlesOnTheNewRatioAfterAChange) {
 
 TEST(CResampleFloat, RatiosUpTo1000WorkBothWays) {
     const std::vector<float> in = Noise(16000, 52);
-    const auto down = Make();
+    const auto down = MakeFloat();
     const std::vector<float> slow = Feed(*down, {1000, 1}, in);
     ASSERT_EQ(down->GetHistory(), 4001);
     ASSERT_EQ(slow.size(), 12u); // (16000 - 4001) / 1000, rounded up
@@ -437,7 +432,7 @@ TEST(CResampleFloat, RatiosUpTo1000WorkBothWays) {
         // The table step of 33 for 32.768 narrows the filter by 0.7%: its gain and its edge move so far.
         EXPECT_NEAR(slow[k], DirectOutput(in, {1000, 1}, static_cast<std::int64_t>(k), 3), 5e-3);
     }
-    const auto up = Make();
+    const auto up = MakeFloat();
     const std::vector<float> fast = Feed(*up, {1, 1000}, in.data(), 100);
     EXPECT_EQ(fast.size(), 92000u);
     for (std::size_t k = 0; k < fast.size(); k += 97) {
@@ -446,7 +441,7 @@ TEST(CResampleFloat, RatiosUpTo1000WorkBothWays) {
 }
 
 TEST(CResampleFloat, TheLongestFilterWorksAtExtremeRatios) {
-    const auto resampler = Make(120, 2, 1024);
+    const auto resampler = MakeFloat(120, 2, 1024);
     const std::vector<float> in = Noise(2 * 130000, 53);
     for (const Rates rates : {Rates{1000, 1}, Rates{980, 1}, Rates{2, 1}, Rates{1, 3}}) {
         for (const float sample : Feed(*resampler, rates, in, 2)) ASSERT_LT(std::fabs(sample), 4.0f);
@@ -459,7 +454,7 @@ TEST(CResampleFloat, AnOutputWaitsForAWingThatReachesBeyondTheHistory) {
     // would differ.
     const Rates rates{980, 1};
     const std::vector<float> in = Noise(260000, 57);
-    const auto whole = Make(120, 1, 260000), cut = Make(120, 1, 1000);
+    const auto whole = MakeFloat(120, 1, 260000), cut = MakeFloat(120, 1, 1000);
     const std::vector<float> expected = Feed(*whole, rates, in);
     const std::vector<float> out = FeedInRandomCuts(*cut, rates, in, 58, 1000);
     EXPECT_GT(out.size(), 100u);
@@ -467,7 +462,7 @@ TEST(CResampleFloat, AnOutputWaitsForAWingThatReachesBeyondTheHistory) {
 }
 
 TEST(CResampleFloat, HostileArgumentsGiveNoFramesAndTakeNone) {
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     const std::vector<float> in = Noise(1000, 54);
     std::vector<float> out(1000);
     const std::int32_t low = std::numeric_limits<std::int32_t>::min();
@@ -484,12 +479,12 @@ TEST(CResampleFloat, HostileArgumentsGiveNoFramesAndTakeNone) {
     EXPECT_EQ(resampler->Process(in.data(), out.data(), 44100, 11025, 1, low), 0);
     EXPECT_FALSE(resampler->HasRun());
     EXPECT_EQ(resampler->HeldFrames(), -8);
-    const auto untouched = Make();
+    const auto untouched = MakeFloat();
     EXPECT_EQ(Feed(*resampler, {44100, 11025}, in), Feed(*untouched, {44100, 11025}, in));
 }
 
 TEST(CResampleFloat, AnEmptyCallIsARun) {
-    const auto resampler = Make();
+    const auto resampler = MakeFloat();
     EXPECT_EQ(resampler->Process(nullptr, nullptr, 44100, 11025, 1, 0), 0);
     EXPECT_TRUE(resampler->HasRun());
     EXPECT_EQ(resampler->HeldFrames(), -17);
@@ -503,12 +498,12 @@ TEST(CResampleFloat, NotFiniteSamplesCountAsZero) {
         dirty[n] = bad[n % 3];
         clean[n] = 0.0f;
     }
-    const auto a = Make(), b = Make();
+    const auto a = MakeFloat(), b = MakeFloat();
     EXPECT_EQ(Feed(*a, {48000, 11025}, dirty), Feed(*b, {48000, 11025}, clean));
 }
 
 TEST(CResampleFloat, AShorterTableMakesAShorterFilter) {
-    const auto cut = Make(16), made = Make(3);
+    const auto cut = MakeFloat(16), made = MakeFloat(3);
     EXPECT_EQ(cut->GetHalfLength(), 17);
     ASSERT_EQ(cut->BuildTable(3 * 256), kOk);
     EXPECT_EQ(cut->GetHalfLength(), 4);
@@ -539,7 +534,7 @@ TEST(CreateResampler, ChecksItsArguments) {
 
 TEST(CreateResampler, HalfLengthAndHistoryFollowFromTheOrder) {
     for (const std::int32_t order : {1, 3, 120}) {
-        const auto resampler = Make(order);
+        const auto resampler = MakeFloat(order);
         EXPECT_EQ(resampler->GetHalfLength(), order + 1);
         EXPECT_EQ(resampler->GetHistory(), 2 * (order + 1));
         EXPECT_FALSE(resampler->HasRun());

@@ -16,7 +16,7 @@ namespace {
 
 using Samples = std::vector<std::int16_t>;
 
-std::unique_ptr<CResampleBase> Make(std::int32_t order, std::int32_t channels = 1) {
+std::unique_ptr<CResampleBase> MakeInt(std::int32_t order, std::int32_t channels = 1) {
     std::unique_ptr<CResampleBase> resampler;
     EXPECT_EQ(CreateResampler(resampler, order, 16384, channels, kResampleInt), kOk);
     return resampler;
@@ -94,7 +94,7 @@ TEST(CResampleInt, AgreesToTheBitWithAWalkAlongTheTable) {
     for (const auto& [inputRate, outputRate] : rates) {
         for (const int order : {1, 3, 20}) {
             const Samples in = Noise(16000, kHalfScale, 61);
-            const auto resampler = Make(order);
+            const auto resampler = MakeInt(order);
             const Samples out = Feed(*resampler, inputRate, outputRate, in);
             EXPECT_GT(out.size(), 10u);
             EXPECT_EQ(out, Walk(in, inputRate, outputRate, order, out.size()))
@@ -111,7 +111,7 @@ TEST(CResampleInt, AgreesWithTheWalkAtAwkwardRatios) {
          {std::pair{48000, 11025}, {48000, 36000}, {192, 320}, {512, 129}}) {
         for (const int order : {1, 3, 20}) {
             const Samples in = Noise(9000, kHalfScale, 65);
-            const auto resampler = Make(order);
+            const auto resampler = MakeInt(order);
             const Samples out = Feed(*resampler, inputRate, outputRate, in);
             const Samples expected = Walk(in, inputRate, outputRate, order, out.size());
             for (std::size_t k = 0; k < out.size(); ++k) {
@@ -127,7 +127,7 @@ TEST(CResampleInt, FollowsTheFloatOneWithinItsRounding) {
     std::unique_ptr<CResampleBase> exact;
     ASSERT_EQ(CreateResampler(exact, 3, 16384, 1, kResampleFloat), kOk);
     for (const auto& [inputRate, outputRate] : {std::pair{44100, 11025}, {48000, 11025}, {11025, 11025}}) {
-        const auto resampler = Make(3);
+        const auto resampler = MakeInt(3);
         exact->Reset();
         std::vector<float> expected(in.size());
         const std::int32_t made =
@@ -146,7 +146,7 @@ TEST(CResampleInt, FullScaleIsHeldAndDoesNotWrap) {
     Samples in(16384);
     for (std::size_t n = 0; n < in.size(); ++n)
         in[n] = n / 40 % 2 ? std::int16_t{-32768} : std::int16_t{32767};
-    const auto resampler = Make(40);
+    const auto resampler = MakeInt(40);
     const Samples out = Feed(*resampler, 44100, 22050, in);
     std::size_t held = 0;
     for (std::size_t k = 60; k < out.size(); ++k) {
@@ -173,7 +173,7 @@ TEST(CResampleInt, FullScaleThroughTheLongestFilterStaysRight) {
 TEST(CResampleInt, OutputStreamDoesNotDependOnBlockSizes) {
     const Samples in = Noise(16000, 32000, 63);
     for (const auto& [inputRate, outputRate] : {std::pair{44100, 11025}, {48000, 11025}, {11025, 48000}}) {
-        const auto whole = Make(3), cut = Make(3);
+        const auto whole = MakeInt(3), cut = MakeInt(3);
         const Samples expected = Feed(*whole, inputRate, outputRate, in);
         Samples all;
         std::mt19937 random(64);
@@ -193,7 +193,7 @@ TEST(CResampleInt, OutputStreamDoesNotDependOnBlockSizes) {
 }
 
 TEST(CResampleInt, SilenceStaysExactlySilent) {
-    const auto resampler = Make(3);
+    const auto resampler = MakeInt(3);
     const Samples out = Feed(*resampler, 48000, 11025, Samples(10000, 0));
     EXPECT_EQ(out, Samples(out.size(), 0));
 }

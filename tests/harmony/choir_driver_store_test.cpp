@@ -25,7 +25,7 @@ namespace {
 
 using namespace ConsortierClassic;
 
-constexpr unsigned kGenerator = 515;
+constexpr unsigned kStoreGenerator = 515;
 
 using SizeAndVersion = std::pair<std::int32_t, float>;
 
@@ -309,8 +309,8 @@ TEST(CChoirDriver, UnknownStyleOfADocumentKeepsTheVoices) {
 
 // Run under the sanitizers, this is where a document could reach out of bounds.
 TEST(CChoirDriver, AnyBytesOfADocumentAreHarmless) {
-    SCOPED_TRACE(testing::Message() << "seed " << kGenerator);
-    std::mt19937 random(kGenerator);
+    SCOPED_TRACE(testing::Message() << "seed " << kStoreGenerator);
+    std::mt19937 random(kStoreGenerator);
     for (int round = 0; round < 60; ++round) {
         DriverRig rig({60, 62, 64, 65, 67});
         rig.driver.Run();

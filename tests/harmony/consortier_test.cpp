@@ -14,7 +14,7 @@ namespace sonorelle::ConsortierClassic {
 namespace {
 
 using Row = std::array<std::int32_t, 4>;
-constexpr Row kMark = {901, 902, 903, 904};
+constexpr Row kUntouched = {901, 902, 903, 904};
 
 TEST(CConsortier, TheTrapSeesTheChordPathAllocate) {
     const CConsortier engine;
@@ -102,7 +102,7 @@ TEST(CConsortier, ASecondRunOfARandomStyleGoesOnInTheSequence) {
     const auto run = [](CConsortier& engine) {
         std::vector<Row> rows;
         for (std::int32_t note = 0; note < 32; ++note) {
-            Row row = kMark;
+            Row row = kUntouched;
             engine.GenerateBlock(60 + note % 8, 60, row.data(), 6);
             rows.push_back(row);
         }
@@ -170,7 +170,7 @@ TEST(CConsortier, TwoThousandNotesThroughPathAndVoicing) {
     std::vector<ChordRecord> chords(pitches.size());
     ASSERT_EQ(engine.FindChordPath(pitches.data(), chords.data(), 2000), kOk);
     for (std::size_t i = 0; i < pitches.size(); ++i) {
-        Row row = kMark;
+        Row row = kUntouched;
         ASSERT_EQ(engine.GenerateVoices(pitches[i], row.data(), chords[i]), kOk);
         for (const std::int32_t pitch : row) ASSERT_TRUE(engine.IsInScale(pitch));
         ASSERT_EQ(row[0], engine.SnapToScale(pitches[i]));

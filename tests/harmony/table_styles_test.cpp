@@ -20,7 +20,7 @@ using Row = std::array<std::int32_t, 4>;
 constexpr Row kMark = {901, 902, 903, 904};
 const CKey kCMajor;
 
-CKey MakeKey(std::int32_t root, std::int32_t melodyScale, std::int32_t harmonyScale) {
+CKey KeyOf(std::int32_t root, std::int32_t melodyScale, std::int32_t harmonyScale) {
     CKey key;
     key.SetRoot(root);
     key.SetMelodyScale(melodyScale);
@@ -63,7 +63,7 @@ Row Below(std::int32_t p, Row semitones) {
 
 TEST(GenerateParallel, DownOctaveIsAnOctaveBelowInEveryScale) {
     for (std::int32_t scale = 0; scale < kScaleCount; ++scale) {
-        CKey key = MakeKey(0, 0, scale);
+        CKey key = KeyOf(0, 0, scale);
         for (std::int32_t pitch = 55; pitch < 70; ++pitch)
             EXPECT_EQ(Parallel(key, pitch, {0, -7, 7, 0})[1], key.Prepare(pitch) - 12);
     }
@@ -89,7 +89,7 @@ TEST(GenerateParallel, OutsideTheHarmonyScaleTheWalkComesOneToneLater) {
 TEST(GenerateParallel, EqualsTheSlowWalkInAllKeys) {
     for (std::int32_t root = 0; root < 12; ++root) {
         for (std::int32_t scale = 0; scale < kNamedScaleCount; ++scale) {
-            const CKey key = MakeKey(root, scale, scale);
+            const CKey key = KeyOf(root, scale, scale);
             const slow::Key slow{root, scale, scale, true, true};
             for (std::int32_t pitch = 50; pitch < 62; ++pitch) {
                 const std::int32_t p = slow.Prepared(pitch);
@@ -169,7 +169,7 @@ TEST(GenerateBlock, EveryPassingPairInEveryKeyAndForm) {
         {8, 7, {0, 1, 5, 8}, {0, 1, 8, 12}, {0, 5, 8, 13}},
     };
     for (std::int32_t root = 0; root < 12; ++root) {
-        CKey key = MakeKey(root, 0, 0);
+        CKey key = KeyOf(root, 0, 0);
         key.SetSnapToScale(false); // F# and G# pass as they are
         for (const auto& pair : pairs) {
             const std::int32_t p = 60 + root + pair.q;
@@ -210,7 +210,7 @@ TEST(GenerateBlock, TheNextPitchIsComparedAsItWasSung) {
 }
 
 TEST(GenerateBlock, PatternsFollowTheHarmonyScale) {
-    const CKey minor = MakeKey(0, 5, 5);
+    const CKey minor = KeyOf(0, 5, 5);
     EXPECT_EQ(Block(minor, 72, 72, kBlock), (Row{72, 68, 67, 63})); // C: A flat, G, E flat
 }
 
@@ -226,7 +226,7 @@ TEST(GenerateBlock, RandomisedArrangementsIgnoreNextAndKeyButPrepareTheMelody) {
         CRandomBits random;
         int set = 0;
         for (std::int32_t i = 0; i < 200; ++i) {
-            const CKey key = MakeKey(i % 12, 0, i % 12 == 3 ? 5 : 0);
+            const CKey key = KeyOf(i % 12, 0, i % 12 == 3 ? 5 : 0);
             const std::int32_t pitch = 50 + i % 25;
             const bool bit = expected.NextBit();
             set += bit ? 1 : 0;
@@ -263,7 +263,7 @@ TEST(GenerateFauxbourdon, DescantDiatonicIsAFourthAndASixthBelow) {
 
 TEST(GenerateFauxbourdon, TenorIntelligentSingsAPerfectFourthOnTheFourthDegree) {
     for (std::int32_t root = 0; root < 12; ++root) {
-        const CKey key = MakeKey(root, 0, 0);
+        const CKey key = KeyOf(root, 0, 0);
         const std::int32_t fourth = 60 + root + 5;
         EXPECT_EQ(Fauxbourdon(key, fourth, kTenorIntelligent), (Row{fourth, fourth + 5, fourth - 3, fourth}));
         for (const std::int32_t degree : {0, 2, 4, 7, 9, 11})
@@ -286,13 +286,13 @@ TEST(GenerateFauxbourdon, DescantIntelligentAlwaysHasAPerfectFourthBelow) {
 
 TEST(GenerateFauxbourdon, TheSecondSnapIsMadeAndTheMapIsNotAppliedTwice) {
     // C major sung over C minor: E becomes E flat, which the second snap, in major again, puts on D.
-    const CKey key = MakeKey(0, 0, 5);
+    const CKey key = KeyOf(0, 0, 5);
     EXPECT_EQ(Fauxbourdon(key, 64, kTenorDiatonic), (Row{62, 67, 58, 62})); // from D: G above, B flat below
     EXPECT_EQ(key.Prepare(64), 63);
     EXPECT_EQ(Fauxbourdon(key, 64, kDescantIntelligent)[0], 63);
     // Lydian's F# goes to F of major; a map applied twice would not change it, a map of major on to Lydian
     // would.
-    const CKey up = MakeKey(0, 0, 3);
+    const CKey up = KeyOf(0, 0, 3);
     EXPECT_EQ(up.Prepare(65), 66);
     EXPECT_EQ(Fauxbourdon(up, 65, kTenorDiatonic)[0], 65);
     EXPECT_TRUE(key.GetMapScale());
@@ -320,7 +320,7 @@ TEST(GenerateOrganum, FollowsTheScaleWithTheMap) {
 }
 
 TEST(GenerateOrganum, IsFixedInSemitonesWithoutTheMapAndPreparesNothing) {
-    CKey key = MakeKey(4, 0, 0);
+    CKey key = KeyOf(4, 0, 0);
     key.SetMapScale(false);
     const Row expected[] = {{66, 71, 66, 66}, {66, 61, 66, 66}, {66, 66, 66, 73}, {66, 59, 66, 66},
                             {66, 78, 66, 66}, {66, 54, 66, 66}, {66, 59, 71, 66}};

@@ -11,12 +11,12 @@ namespace {
 
 using Stage = void (*)(const VoicingTask&, CScoreCube&);
 using Voices = std::array<std::int32_t, 4>;
-const CKey kCMajor;
+const CKey kPlainKey;
 
 // A note in C major whose candidates are given by hand.
 VoicingTask Task(std::int32_t harmonyVoices, std::int32_t voicesAbove, std::int32_t melody,
                  const std::vector<std::int32_t>& candidates, Voices previous = {-1, -1, -1, -1}) {
-    VoicingTask task{kCMajor};
+    VoicingTask task{kPlainKey};
     task.harmonyVoices = harmonyVoices;
     task.voicesAbove = voicesAbove;
     task.melody = melody;
@@ -56,7 +56,7 @@ float FourVoices(Stage stage, std::int32_t melody, const std::vector<std::int32_
 // ---------------------------------------------------------------------------------------------------------
 
 TEST(BuildCandidates, ChordTonesOfTheWindowWithBothEnds) {
-    VoicingTask task{kCMajor};
+    VoicingTask task{kPlainKey};
     task.melody = 60;
     task.rangeLow = -12;
     task.rangeHigh = 12;
@@ -68,7 +68,7 @@ TEST(BuildCandidates, ChordTonesOfTheWindowWithBothEnds) {
 }
 
 TEST(BuildCandidates, AChordOutsideTheScaleGetsTheTonesOfTheScaleAboveItsRoot) {
-    VoicingTask task{kCMajor};
+    VoicingTask task{kPlainKey};
     task.chordRoot = 1; // C#: then E, G by the walk, one tone later than from a tone
     task.melody = 60;
     task.rangeHigh = 12;
@@ -80,7 +80,7 @@ TEST(BuildCandidates, AChordOutsideTheScaleGetsTheTonesOfTheScaleAboveItsRoot) {
 }
 
 TEST(BuildCandidates, AWindowWithoutAChordToneHasNone) {
-    VoicingTask task{kCMajor};
+    VoicingTask task{kPlainKey};
     task.melody = 60;
     task.rangeLow = 1;
     task.rangeHigh = 3;
@@ -304,8 +304,8 @@ TEST(ApplyStepBonus, RewardsRisingStepsOfTheLowestThreeVoices) {
 }
 
 TEST(ApplyStepBonus, AFallingStepReadsAsSixAndIsNotRewarded) {
-    EXPECT_EQ(kCMajor.StepsUpwards(50, 48), 6);
-    EXPECT_EQ(kCMajor.StepsUpwards(48, 50), 1);
+    EXPECT_EQ(kPlainKey.StepsUpwards(50, 48), 6);
+    EXPECT_EQ(kPlainKey.StepsUpwards(48, 50), 1);
     EXPECT_EQ(FourVoices(ApplyStepBonus, 76, {48, 55, 72}, {50, 57, 74, 76}), 1.0F);
 }
 

@@ -2,6 +2,8 @@
 
 #include "host/plugin_stage.h"
 
+#include "support/hostile_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -10,8 +12,6 @@ namespace sonorelle::test {
 namespace {
 
 constexpr float kUntouched = OutputBlock::kUntouched;
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(PlugInAudio, WithoutARecordingOnlyTheFirstPairIsZeroed) {
     PlugInStage stage;
@@ -42,7 +42,7 @@ TEST(PlugInAudio, WithoutARecordingTheHostsTempoIsNoted) {
     stage.PlayBlocks(1, 64);
     EXPECT_EQ(stage.host.lastFilter.load(), 0x2403);
     EXPECT_EQ(stage.plugIn->GetHostTempo(), 93.5F);
-    for (const double odd : {0.0, -5.0, kInf, -kInf, kNaN, 1e300}) {
+    for (const double odd : {0.0, -5.0, kDoubleInfinity, -kDoubleInfinity, kDoubleNaN, 1e300}) {
         stage.host.time.tempo = odd;
         stage.PlayBlocks(1, 64);
         EXPECT_EQ(stage.plugIn->GetHostTempo(), 93.5F) << odd;
@@ -97,7 +97,7 @@ TEST(PlugInAudio, TheHostsTempoReachesTheApplicationOnlyWhenItDiffers) {
     EXPECT_EQ(stage.App().GetHostTempo(), 87);
     EXPECT_EQ(stage.App().GetTimeSigNumerator(), 4);
     EXPECT_EQ(stage.App().GetTimeSigDenominator(), 8);
-    for (const double odd : {0.0, -5.0, kInf, kNaN, 999.0, 1e300}) {
+    for (const double odd : {0.0, -5.0, kDoubleInfinity, kDoubleNaN, 999.0, 1e300}) {
         stage.host.time.tempo = odd;
         stage.PlayBlocks(1, 64);
         EXPECT_EQ(stage.App().GetHostTempo(), 87) << odd;
@@ -110,7 +110,7 @@ TEST(PlugInAudio, PositionsThatAreNoNumbersAreTakenForTheExpectedOnes) {
     stage.host.Play(true);
     stage.PlayBlocks(10, 512);
     const double before = stage.App().GetExactPosition();
-    for (const double odd : {kNaN, kInf, -kInf}) {
+    for (const double odd : {kDoubleNaN, kDoubleInfinity, -kDoubleInfinity}) {
         stage.host.time.samplePos = odd;
         const OutputBlock block = stage.PlayBlocks(1, 512);
         EXPECT_TRUE(block.IsFinite()) << odd;

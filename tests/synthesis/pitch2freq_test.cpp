@@ -2,6 +2,7 @@
 
 #include "platform/result_codes.h"
 #include "support/allocation_trap.h"
+#include "support/hostile_numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -15,8 +16,6 @@ namespace {
 constexpr float kRate = 44100.0f;
 constexpr std::int32_t kBlock = 64;
 constexpr float kTenBlocks = 10.0f * 64.0f / 44100.0f; // s
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kLargest = std::numeric_limits<float>::max();
 
 // f32 holds a pitch of some 60 semitones to 4e-6, which is 2e-7 of the frequency; a few roundings of that.

@@ -13,7 +13,7 @@ namespace {
 using test::Channels;
 
 // Sums of at most some dozens of f32 products of full-scale samples, against the same in f64.
-constexpr double kRounding = 1e-6;
+constexpr double kModelRounding = 1e-6;
 
 struct Case {
     bool resample;
@@ -148,7 +148,7 @@ private:
         for (std::size_t channel = 0; channel < out.size(); ++channel) {
             for (std::size_t i = 0; i < out[channel].size(); ++i) {
                 const double sample = static_cast<double>(out[channel][i]);
-                ASSERT_NEAR(sample, expected[channel][i], kRounding) << "sample " << i;
+                ASSERT_NEAR(sample, expected[channel][i], kModelRounding) << "sample " << i;
                 if (sample != 7.0) loudest = std::max(loudest, std::abs(sample));
             }
         }

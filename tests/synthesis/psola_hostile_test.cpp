@@ -1,3 +1,4 @@
+#include "support/hostile_numbers.h"
 #include "support/psola_driver.h"
 #include "synthesis/psola_synthesis.h"
 
@@ -12,11 +13,9 @@ namespace {
 using test::Channels;
 using test::OpenPsola;
 
-constexpr auto kExhausted = CPSOLASynthesisIf::kMarksExhausted;
+constexpr auto kNothingLeft = CPSOLASynthesisIf::kMarksExhausted;
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 class PsolaUnderHostileInput : public testing::Test {
 protected:
@@ -52,8 +51,8 @@ TEST_F(PsolaUnderHostileInput, NoneOrOneMarkIsExhaustedAtOnce) {
         OpenPsola synthesis(marks, 64, 2, tables);
         for (const std::int32_t position : {0, 5000, -5000}) {
             synthesis.SetPosition(position);
-            EXPECT_EQ(synthesis.CalcRequiredInput(), kExhausted);
-            EXPECT_EQ(Render(synthesis), kExhausted);
+            EXPECT_EQ(synthesis.CalcRequiredInput(), kNothingLeft);
+            EXPECT_EQ(Render(synthesis), kNothingLeft);
             EXPECT_EQ(synthesis.GetCurrentPeriod(), -1.0F);
         }
     }
@@ -72,7 +71,7 @@ TEST_F(PsolaUnderHostileInput, MarksThatDoNotRiseAreExhaustedNotEndless) {
             int blocks = 0;
             while (synthesis.CalcRequiredInput() >= 0 && Render(synthesis) == 0 && blocks < 20) ++blocks;
             EXPECT_LT(blocks, 20) << positions[1];
-            EXPECT_EQ(Render(synthesis), kExhausted);
+            EXPECT_EQ(Render(synthesis), kNothingLeft);
         }
     }
 }
@@ -82,8 +81,8 @@ TEST_F(PsolaUnderHostileInput, AnAttackWhoseEndTheMarksDoNotTellIsExhausted) {
     OpenPsola synthesis(marks, 64, 2, tables);
     synthesis.SetTransientHandling(true); // the search goes 1024 samples far
     synthesis.SetPosition(0);
-    EXPECT_EQ(synthesis.CalcRequiredInput(), kExhausted);
-    EXPECT_EQ(Render(synthesis), kExhausted);
+    EXPECT_EQ(synthesis.CalcRequiredInput(), kNothingLeft);
+    EXPECT_EQ(Render(synthesis), kNothingLeft);
     synthesis.SetTransientSearchLength(-5); // counts as none: one period
     EXPECT_EQ(Render(synthesis), 0);
 }
@@ -96,7 +95,7 @@ TEST_F(PsolaUnderHostileInput, GrainsThatAddNoOutputEndTheBlock) {
         synthesis.SetPitchFactor(1000.0F); // a hundredth of a sample each
         synthesis.SetPosition(100);
         synthesis.SetFreeze(true); // and never the end of the marks
-        EXPECT_EQ(Render(synthesis), kExhausted);
+        EXPECT_EQ(Render(synthesis), kNothingLeft);
         EXPECT_GT(synthesis.repeatCount, 1000);
         EXPECT_GE(synthesis.CalcRequiredInput(), 0); // the look-ahead counts two samples each
     }
@@ -138,7 +137,7 @@ TEST_F(PsolaUnderHostileInput, GapsLongerThanTheBuffersAreHeldToThem) {
             for (int n = 0; n < 40; ++n) {
                 ASSERT_GE(synthesis.CalcRequiredInput(), -1);
                 const auto result = Render(synthesis);
-                ASSERT_TRUE(result == 0 || result == kExhausted);
+                ASSERT_TRUE(result == 0 || result == kNothingLeft);
                 ASSERT_LE(synthesis.outputEnd, synthesis.output.GetCapacity()) << pitch;
                 ExpectBounded();
             }

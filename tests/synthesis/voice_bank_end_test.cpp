@@ -13,13 +13,13 @@
 namespace sonorelle::test {
 namespace {
 
-constexpr std::int32_t kPeriod = 100;
-constexpr std::int32_t kSong = 60000;
+constexpr std::int32_t kEndPeriod = 100;
+constexpr std::int32_t kEndingSong = 60000;
 constexpr int kForever = 10000; // blocks: far more than there are
 
-VoicedSong OneNote() {
-    VoicedSong song = PulseTrain(kPeriod, kSong);
-    AddNote(song, 0, kSong - 1);
+VoicedSong NoteToTheEnd() {
+    VoicedSong song = PulseTrain(kEndPeriod, kEndingSong);
+    AddNote(song, 0, kEndingSong - 1);
     return song;
 }
 
@@ -30,21 +30,22 @@ bool IsSilent(const std::vector<float>& sound, std::size_t from, std::size_t cou
 }
 
 TEST(VoiceBankEnd, TheEndOfTheMarksIsTheEndAndSilent) {
-    BankPlayer player(OneNote());
+    BankPlayer player(NoteToTheEnd());
     const int blocks = player.Play(kForever);
-    EXPECT_NEAR(blocks * 32, kSong, 3 * kPeriod);
+    EXPECT_NEAR(blocks * 32, kEndingSong, 3 * kEndPeriod);
     for (std::size_t voice = 0; voice < 4; ++voice) {
         EXPECT_TRUE(IsSilent(player.sound[voice][0], static_cast<std::size_t>(blocks) * 32, 32));
-        EXPECT_GE(PulsesOf(player.sound[voice][0], 32).back().at, static_cast<std::size_t>(kSong - 500));
+        EXPECT_GE(PulsesOf(player.sound[voice][0], 32).back().at,
+                  static_cast<std::size_t>(kEndingSong - 500));
     }
     for (int i = 0; i < 100; ++i) EXPECT_EQ(player.Render(), -1); // and it stays so
     EXPECT_TRUE(IsSilent(player.sound[1][0], static_cast<std::size_t>(blocks) * 32, 100 * 32));
 }
 
 TEST(VoiceBankEnd, HumanVoicesReachTheirOwnEndBehindTheLead) {
-    BankPlayer player(OneNote());
+    BankPlayer player(NoteToTheEnd());
     player.bank.SetTiming(1, 8817.0F / 44100);
-    BankPlayer twin(OneNote());
+    BankPlayer twin(NoteToTheEnd());
     const int leadBlocks = twin.Play(kForever);
     const int blocks = player.Play(kForever);
     // phase = 0.00102 x 60000 / 32 + 8817 / 4 = 2206.16: a lag of (0.675 + 0.6) x 8817 / 2 = 5621 samples,
@@ -56,19 +57,19 @@ TEST(VoiceBankEnd, HumanVoicesReachTheirOwnEndBehindTheLead) {
     EXPECT_TRUE(IsSilent(player.sound[2][0], end, behind));
     int pulses = 0;
     for (const Pulse& pulse : PulsesOf(player.sound[1][0], 32)) pulses += pulse.at > end ? 1 : 0;
-    EXPECT_GE(pulses, static_cast<int>(behind) / kPeriod - 3);
+    EXPECT_GE(pulses, static_cast<int>(behind) / kEndPeriod - 3);
     // It reads on all the while instead of standing on one mark.
     const std::vector<double>& reads = player.readAt[1];
     for (std::size_t b = static_cast<std::size_t>(leadBlocks); b + 10 < reads.size(); ++b)
         ASSERT_GT(reads[b + 8], reads[b]) << "block " << b;
-    EXPECT_NEAR(reads.back(), kSong, 3 * kPeriod);
+    EXPECT_NEAR(reads.back(), kEndingSong, 3 * kEndPeriod);
 }
 
 TEST(VoiceBankEnd, AFileThatBreaksOffEndsThereAndTheNextSeekRecovers) {
-    BankPlayer player(OneNote());
+    BankPlayer player(NoteToTheEnd());
     player.melody.CutAt(20000);
     const int blocks = player.Play(kForever);
-    EXPECT_NEAR(blocks * 32, 20000, 3 * kPeriod);
+    EXPECT_NEAR(blocks * 32, 20000, 3 * kEndPeriod);
     EXPECT_TRUE(IsSilent(player.sound[0][0], static_cast<std::size_t>(blocks) * 32, 32));
     double position = 5000;
     player.bank.Seek(position);
@@ -78,17 +79,17 @@ TEST(VoiceBankEnd, AFileThatBreaksOffEndsThereAndTheNextSeekRecovers) {
 }
 
 TEST(VoiceBankEnd, TheFileIsReadAtLeast4096SamplesAtATimeAndEachOnce) {
-    BankPlayer player(OneNote());
+    BankPlayer player(NoteToTheEnd());
     player.Render();
     EXPECT_EQ(player.melody.FramesRead(), 4096);
     EXPECT_EQ(player.melody.ReadCount(), 1);
     player.Play(kForever);
-    EXPECT_LE(player.melody.FramesRead(), kSong);
-    EXPECT_LE(player.melody.ReadCount(), kSong / 4096 + 3);
+    EXPECT_LE(player.melody.FramesRead(), kEndingSong);
+    EXPECT_LE(player.melody.ReadCount(), kEndingSong / 4096 + 3);
 }
 
 TEST(VoiceBankEnd, AnEmptyFileEndsAtOnce) {
-    BankPlayer player(OneNote());
+    BankPlayer player(NoteToTheEnd());
     player.melody.CutAt(0);
     EXPECT_EQ(player.Play(kForever), 0);
     EXPECT_TRUE(IsSilent(player.sound[3][0], 0, 32));
@@ -96,15 +97,15 @@ TEST(VoiceBankEnd, AnEmptyFileEndsAtOnce) {
 
 TEST(VoiceBankEnd, ComesWhicheverVoicesAreHeard) {
     for (int heard = 0; heard < 16; ++heard) {
-        BankPlayer off(OneNote());
-        BankPlayer leftOut(OneNote());
+        BankPlayer off(NoteToTheEnd());
+        BankPlayer leftOut(NoteToTheEnd());
         for (std::int32_t voice = 0; voice < 4; ++voice) {
             const bool on = (heard >> voice & 1) != 0;
             off.bank.SetVoiceEnabled(voice, on);
             leftOut.leaveOut[static_cast<std::size_t>(voice)] = !on;
         }
-        EXPECT_NEAR(off.Play(kForever) * 32, kSong, 3 * kPeriod) << heard;
-        EXPECT_NEAR(leftOut.Play(kForever) * 32, kSong, 3 * kPeriod) << heard;
+        EXPECT_NEAR(off.Play(kForever) * 32, kEndingSong, 3 * kEndPeriod) << heard;
+        EXPECT_NEAR(leftOut.Play(kForever) * 32, kEndingSong, 3 * kEndPeriod) << heard;
     }
 }
 

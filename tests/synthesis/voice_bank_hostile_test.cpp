@@ -3,6 +3,7 @@
 
 #include "synthesis/voice_bank_player.h"
 
+#include "support/hostile_numbers.h"
 #include "support/sanitizer_share.h"
 #include "support/synthetic_singer.h"
 
@@ -19,7 +20,6 @@ namespace sonorelle::test {
 namespace {
 
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kBound = 3.98F; // 12 dB over full scale
 
 void ExpectBounded(const BankPlayer& player) {

@@ -12,8 +12,8 @@
 namespace sonorelle::test {
 namespace {
 
-constexpr std::int32_t kPeriod = 20; // each block of 32 reads further on than the one before
-constexpr std::int32_t kSong = 40000;
+constexpr std::int32_t kMidiPeriod = 20; // each block of 32 reads further on than the one before
+constexpr std::int32_t kMidiSong = 40000;
 
 struct Event {
     int block; // in which it was sent
@@ -49,7 +49,7 @@ std::vector<Event> OfVoice(const std::vector<Event>& events, int voice) {
 
 // A rest, two notes without a break, a rest, a third note.
 VoicedSong ThreeNotes() {
-    VoicedSong song = PulseTrain(kPeriod, kSong);
+    VoicedSong song = PulseTrain(kMidiPeriod, kMidiSong);
     AddNote(song, 3000, 9999, 1.0F);
     AddNote(song, 10000, 15999, 0.5F);
     AddNote(song, 22000, 35999, 0.1F);
@@ -111,8 +111,8 @@ TEST(VoiceBankMidi, VelocityFollowsTheLogarithmOfTheLevel) {
 
 TEST(VoiceBankMidi, ALevelOfNothingIsVelocityZero) {
     for (const float level : {0.0F, 1e-4F, 1e-30F}) {
-        VoicedSong song = PulseTrain(kPeriod, kSong);
-        AddNote(song, 0, kSong - 1, level);
+        VoicedSong song = PulseTrain(kMidiPeriod, kMidiSong);
+        AddNote(song, 0, kMidiSong - 1, level);
         BankPlayer player(std::move(song));
         player.bank.SetMidiOut(true);
         const std::vector<Event> events = PlayEvents(player, 10);
@@ -123,7 +123,7 @@ TEST(VoiceBankMidi, ALevelOfNothingIsVelocityZero) {
 
 // Blocks of 32 from the start of the host's block: the third is 64 samples behind it.
 TEST(VoiceBankMidi, DeltaIsTheWayFromTheStartOfTheHostsBlock) {
-    VoicedSong song = PulseTrain(kPeriod, kSong);
+    VoicedSong song = PulseTrain(kMidiPeriod, kMidiSong);
     AddNote(song, 3000, 9999);
     BankPlayer player(std::move(song));
     player.bank.SetMidiOut(true);

@@ -14,12 +14,12 @@
 namespace sonorelle::test {
 namespace {
 
-constexpr std::int32_t kPeriod = 100;
-constexpr std::int32_t kSong = 100000;
+constexpr std::int32_t kSeekPeriod = 100;
+constexpr std::int32_t kSeekSong = 100000;
 
 // Two notes with a rest of 0.7 s between them; the voices sing four different pitches.
 VoicedSong TwoNotes() {
-    VoicedSong song = PulseTrain(kPeriod, kSong);
+    VoicedSong song = PulseTrain(kSeekPeriod, kSeekSong);
     AddNote(song, 5000, 34999);
     AddNote(song, 66000, 95999);
     return song;
@@ -224,7 +224,7 @@ TEST(VoiceBankSeek, JumpsGoFromNoteToNote) {
 
 // 0.75 s are 33075 samples.
 TEST(VoiceBankSeek, AJumpBackRestartsANoteThatHasSoundedForThreeQuartersOfASecond) {
-    VoicedSong song = PulseTrain(kPeriod, kSong);
+    VoicedSong song = PulseTrain(kSeekPeriod, kSeekSong);
     AddNote(song, 5000, 19999);
     AddNote(song, 20000, 95999);
     BankPlayer player(std::move(song));
@@ -237,7 +237,7 @@ TEST(VoiceBankSeek, AJumpBackRestartsANoteThatHasSoundedForThreeQuartersOfASecon
 }
 
 TEST(VoiceBankSeek, WithoutNotesJumpsGoNowhere) {
-    BankPlayer player(PulseTrain(kPeriod, kSong));
+    BankPlayer player(PulseTrain(kSeekPeriod, kSeekSong));
     SeekTo(player, 20000);
     player.bank.JumpToNextNote();
     player.bank.JumpToPreviousNote();

@@ -23,7 +23,7 @@ namespace {
 // sooner.
 int Blocks(int hundredths) { return SanitizerShare(hundredths * 1000, 10); }
 
-constexpr float kBound = 3.98F; // 12 dB over full scale
+constexpr float kWalkBound = 3.98F; // 12 dB over full scale
 constexpr std::array<std::int32_t, 6> kBlockSizes = {1, 32, 64, 64, 333, 4096};
 
 VoicedSong LoudSong(float sampleRate, std::int32_t channels) {
@@ -178,9 +178,9 @@ private:
 };
 
 void RunWalk(Walk& walk, int blocks) {
-    for (int i = 0; i < blocks && walk.finite && walk.loudest <= kBound; ++i) walk.Step();
+    for (int i = 0; i < blocks && walk.finite && walk.loudest <= kWalkBound; ++i) walk.Step();
     EXPECT_TRUE(walk.finite);
-    EXPECT_LE(walk.loudest, kBound);
+    EXPECT_LE(walk.loudest, kWalkBound);
     EXPECT_GE(walk.loudest, 0.02F); // it does sing
     EXPECT_GT(walk.ends, blocks / 1000);
 }

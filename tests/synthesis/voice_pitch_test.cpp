@@ -15,7 +15,7 @@ namespace sonorelle::test {
 namespace {
 
 // One sample: distances of grains are rounded, and a value on the edge may round either way.
-constexpr double kRounding = 1.0;
+constexpr double kPitchRounding = 1.0;
 
 // Two notes of half a second without a break, at a rate where a sample of the period is a cent.
 constexpr float kHighRate = 192000.0F;
@@ -38,7 +38,7 @@ int CheckGlide(BankPlayer& player, double semitones, double firstPosition, doubl
     int gliding = 0;
     for (const Pulse& pulse : PulsesOf(player.sound[1][0], player.blockSize)) {
         const double interval = semitones * (1 - std::pow(coefficient, step[pulse.block]));
-        EXPECT_NEAR(static_cast<double>(pulse.spacing), SpacingFor(kLongPeriod, interval), kRounding)
+        EXPECT_NEAR(static_cast<double>(pulse.spacing), SpacingFor(kLongPeriod, interval), kPitchRounding)
             << "grain at " << pulse.at << ", block " << pulse.block << ", step " << step[pulse.block];
         if (interval > 0.1 && interval < 0.98 * semitones) ++gliding;
     }
@@ -80,7 +80,7 @@ TEST(VoicePitch, AGlideOfZeroSetsTheIntervalAtOnceWhereTheNoteBegins) {
 
 // Marks 20 samples apart, so that every block of 32 makes grains and reads further on than the one before.
 constexpr std::int32_t kShortPeriod = 20;
-constexpr std::int32_t kSong = 40000;
+constexpr std::int32_t kShortSong = 40000;
 
 // Distances of the grains of voice 1 that were made in the given block.
 std::vector<std::size_t> SpacingsIn(const BankPlayer& player, std::size_t block) {
@@ -94,7 +94,7 @@ std::vector<std::size_t> SpacingsIn(const BankPlayer& player, std::size_t block)
 // blocks read within the short note or see it ahead: -24 x (1 - 0.134^3) = -23.94 semitones are reached by
 // its end, 20 x 3.99 = 79.7 samples. A glide of 0.5 s would have got to -0.23 semitones: 20 samples.
 TEST(VoicePitch, ANoteOfAHundredSamplesAllowsATransitionOfThirtyFiveWhateverTheGlide) {
-    VoicedSong song = PulseTrain(kShortPeriod, kSong);
+    VoicedSong song = PulseTrain(kShortPeriod, kShortSong);
     AddNote(song, 0, 10000);
     AddNote(song, 10001, 10101);
     AddNote(song, 10102, 20102);
@@ -111,7 +111,7 @@ TEST(VoicePitch, ANoteOfAHundredSamplesAllowsATransitionOfThirtyFiveWhateverTheG
         if (position + 17.5 >= 10001) ++blocksInGlide;
         const double interval = -24 * (1 - std::pow(std::exp(-2.2 * 32 / 35), blocksInGlide));
         for (const std::size_t spacing : SpacingsIn(player, b)) {
-            EXPECT_NEAR(static_cast<double>(spacing), SpacingFor(kShortPeriod, interval), kRounding);
+            EXPECT_NEAR(static_cast<double>(spacing), SpacingFor(kShortPeriod, interval), kPitchRounding);
             if (blocksInGlide > 0) ++checked;
         }
     }
@@ -121,8 +121,8 @@ TEST(VoicePitch, ANoteOfAHundredSamplesAllowsATransitionOfThirtyFiveWhateverTheG
 
 // Where voice 1 reads in each block while it sings what was sung.
 std::vector<std::int32_t> UnisonPositions() {
-    VoicedSong song = PulseTrain(kShortPeriod, kSong);
-    AddNote(song, 0, kSong - 1);
+    VoicedSong song = PulseTrain(kShortPeriod, kShortSong);
+    AddNote(song, 0, kShortSong - 1);
     BankPlayer player(std::move(song));
     player.Play(1000);
     std::vector<std::int32_t> positions;
@@ -136,9 +136,9 @@ std::vector<std::int32_t> UnisonPositions() {
 constexpr std::size_t kGapStart = 400;
 
 std::unique_ptr<BankPlayer> PlayGap(const std::vector<std::int32_t>& positions, std::size_t blocks) {
-    VoicedSong song = PulseTrain(kShortPeriod, kSong);
+    VoicedSong song = PulseTrain(kShortPeriod, kShortSong);
     AddNote(song, 0, positions[kGapStart - 1]);
-    AddNote(song, positions[kGapStart + blocks], kSong - 1);
+    AddNote(song, positions[kGapStart + blocks], kShortSong - 1);
     auto player = std::make_unique<BankPlayer>(std::move(song));
     player->SetInterval(1, 1, -12);
     player->bank.SetGlide(1, 0.02F);
@@ -172,10 +172,10 @@ TEST(VoicePitch, AGapOneBlockShorterMakesItGlide) {
 // Three notes without a break. The interval of voice 1 is 0, then 5 in a short second note, then -12.
 std::unique_ptr<BankPlayer> PlayThreeNotes(float secondGain, bool secondSilent,
                                            std::int32_t firstInterval = 0) {
-    VoicedSong song = PulseTrain(kShortPeriod, kSong);
+    VoicedSong song = PulseTrain(kShortPeriod, kShortSong);
     AddNote(song, 0, 9999);
     AddNote(song, 10000, 12999);
-    AddNote(song, 13000, kSong - 1);
+    AddNote(song, 13000, kShortSong - 1);
     auto player = std::make_unique<BankPlayer>(std::move(song));
     player->SetInterval(0, 1, firstInterval);
     player->SetInterval(1, 1, 5);
@@ -240,9 +240,9 @@ TEST(VoicePitch, ASilentNoteIsPassedOverAsTheNoteAheadAndMakesTheNextOneJump) {
 }
 
 TEST(VoicePitch, InAnUnvoicedStretchTheLastRatioStands) {
-    VoicedSong song = PulseTrain(kShortPeriod, kSong);
+    VoicedSong song = PulseTrain(kShortPeriod, kShortSong);
     AddNote(song, 0, 9999);
-    AddNote(song, 10000, kSong - 1);
+    AddNote(song, 10000, kShortSong - 1);
     for (PitchMarkRecord& mark : song.marks)
         if (mark.position >= 10000 && mark.position < 15000) mark.voicing = 0;
     BankPlayer player(std::move(song));

@@ -268,6 +268,39 @@ TEST_F(MainWindow, UnusedKeysGoOnToTheHost) {
     EXPECT_TRUE(owner.presses.empty());
 }
 
+// A host's toolkit throws away events for a window that it does not know.
+TEST_F(MainWindow, UnusedKeysBearTheNameOfTheHostsWindowThatListens) {
+    const Window deaf = host->MakeWindow(0, 0, 959, 599);
+    const Window socket = host->MakeWindow(0, 0, 959, 599);
+    for (const Window silent : {deaf, socket}) XSelectInput(host->Get(), silent, StructureNotifyMask);
+    XReparentWindow(host->Get(), socket, parent, 0, 0);
+    XReparentWindow(host->Get(), deaf, socket, 0, 0);
+    host->Sync();
+    ASSERT_TRUE(window->OpenInside(deaf));
+    ASSERT_TRUE(WaitForPicture());
+    host->TapKey(XK_space);
+    for (const int type : {KeyPress, KeyRelease}) {
+        XEvent event;
+        ASSERT_TRUE(WorkUntilTrue([&] { return XCheckTypedEvent(host->Get(), type, &event) != 0; }));
+        EXPECT_EQ(event.xkey.window, parent);
+        EXPECT_EQ(event.xkey.x_root - event.xkey.x, host->Attributes(parent).x);
+        EXPECT_EQ(event.xkey.y_root - event.xkey.y, host->Attributes(parent).y);
+    }
+    window->CloseInside();
+    host->Destroy(socket);
+}
+
+TEST_F(MainWindow, UnusedKeysAreLostWhereNobodyListens) {
+    XSelectInput(host->Get(), parent, StructureNotifyMask);
+    ASSERT_TRUE(window->OpenInside(parent));
+    ASSERT_TRUE(WaitForPicture());
+    host->TapKey(XK_space);
+    WorkFor(0.1);
+    XEvent event;
+    EXPECT_EQ(XCheckTypedEvent(host->Get(), KeyPress, &event), 0);
+    EXPECT_TRUE(window->IsOpen());
+}
+
 TEST_F(MainWindow, SpaceBarDoesNotPressTheButtonUnderThePointer) {
     ASSERT_TRUE(window->OpenInside(parent));
     ASSERT_TRUE(WaitForPicture());
