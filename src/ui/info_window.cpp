@@ -54,7 +54,8 @@ CkvoInfoWindow::CkvoInfoWindow(const std::string& versionText, std::string updat
     : CkvoDialog(kWidth, kHeight, "sonorelle"), version(versionText), address(std::move(updateAddress)) {
     set_non_modal();
     const auto button = [this](const char* label, int left) {
-        auto* made = new Fl_Button(left, kHeight - kInfoButtonHeight - 10, kInfoButtonWidth, kInfoButtonHeight, label);
+        auto* made =
+            new Fl_Button(left, kHeight - kInfoButtonHeight - 10, kInfoButtonWidth, kInfoButtonHeight, label);
         made->box(kvoRPlasticBox());
         made->down_box(kvosRPlasticBox());
         return made;
