@@ -4,12 +4,13 @@ function(sonorelle_room_headers target flags)
   add_library(${target} OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/room_headers.cpp)
   target_link_libraries(${target} PRIVATE ${flags})
   target_precompile_headers(${target} PRIVATE
-    <algorithm> <array> <bit> <cmath> <cstdint> <cstdio> <cstring> <functional> <limits> <memory> <new> <numbers> <optional>
-    <span> <stdexcept> <string> <string_view> <utility> <vector>)
+    <algorithm> <array> <atomic> <bit> <cmath> <cstdint> <cstdio> <cstring> <filesystem> <functional> <limits> <memory> <mutex>
+    <new> <numbers> <optional> <span> <stdexcept> <string> <string_view> <thread> <utility> <vector>)
 endfunction()
 
-# Sanitized rooms do so. The others compile each file by what it includes itself, so that a missing include shows there.
-if(SONORELLE_SANITIZE AND NOT SONORELLE_FUZZ)
+# The debug build compiles each file by what it includes itself, so that a missing include shows there; clang reads no
+# precompiled headers of gcc's kind.
+if(NOT SONORELLE_FUZZ AND NOT CMAKE_BUILD_TYPE STREQUAL Debug)
   sonorelle_room_headers(sonorelle_room_headers sonorelle_flags)
 endif()
 if(SONORELLE_SANITIZED_TWINS)
@@ -65,6 +66,8 @@ function(sonorelle_room name)
   target_link_libraries(${target} PUBLIC sonorelle_flags)
   if(TARGET sonorelle_room_headers)
     target_precompile_headers(${target} REUSE_FROM sonorelle_room_headers)
+  endif()
+  if(SONORELLE_SANITIZE AND NOT SONORELLE_FUZZ)
     sonorelle_many_files_at_once(${target})
   endif()
   foreach(used ${ROOM_USES})

@@ -188,7 +188,9 @@ std::string FormatChoices() {
                    NamedArrangements(entry.style));
     }
     std::vector<NamedNumber> scales = NamedScales();
-    scales.push_back({kChromaticScale, ScaleName(kChromaticScale) + " (--harmony-scale alone)"});
+    NamedNumber& chromatic = scales.emplace_back();
+    chromatic.number = kChromaticScale;
+    chromatic.name = ScaleName(kChromaticScale) + " (--harmony-scale alone)";
     AppendList(text, "Scales (--scale, --harmony-scale)", scales);
     AppendList(text, "Intervals in scale steps (--intervals)", NamedIntervals());
     return text;

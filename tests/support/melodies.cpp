@@ -8,8 +8,8 @@ namespace sonorelle::test {
 namespace {
 
 constexpr int kScaleNotes = 7;
-constexpr int kMajorScale[kScaleNotes] = {0, 2, 4, 5, 7, 9, 11};
-constexpr int kMinorScale[kScaleNotes] = {0, 2, 3, 5, 7, 8, 10};
+constexpr int kMajorSteps[kScaleNotes] = {0, 2, 4, 5, 7, 9, 11};
+constexpr int kMinorSteps[kScaleNotes] = {0, 2, 3, 5, 7, 8, 10};
 
 // A degree is a count of scale steps from the lowest tonic within the range; 0, 7 and -7 are tonics.
 constexpr int kLowestDegree = -7;
@@ -19,7 +19,7 @@ constexpr int kRangeSemitones = 19; // an octave and a fifth, what an untrained 
 int StepOfDegree(int degree) { return (degree + 10 * kScaleNotes) % kScaleNotes; }
 
 int MidiPitchOfDegree(int degree, const MelodyWish& wish) {
-    const int* scale = wish.key >= 12 ? kMinorScale : kMajorScale;
+    const int* scale = wish.key >= 12 ? kMinorSteps : kMajorSteps;
     const int lowestTonic = wish.lowestMidiPitch + ((wish.key - wish.lowestMidiPitch) % 12 + 12) % 12;
     const int octave = (degree + 10 * kScaleNotes) / kScaleNotes - 10;
     return lowestTonic + 12 * octave + scale[StepOfDegree(degree)];

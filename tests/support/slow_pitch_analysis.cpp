@@ -48,15 +48,15 @@ double HertzOf(int bin) { return bin * kRate / kSize; }
 
 int Truncated(double value) { return static_cast<int>(value); }
 
-std::size_t Index(int i) { return static_cast<std::size_t>(i); }
+std::size_t Place(int i) { return static_cast<std::size_t>(i); }
 
 // The first index of the largest value, 0 if none is above 0.
 int FirstLargest(const std::vector<double>& values) {
     int best = 0;
     double largest = 0.0;
     for (int i = 0; i < kHalf; ++i) {
-        if (values[Index(i)] > largest) {
-            largest = values[Index(i)];
+        if (values[Place(i)] > largest) {
+            largest = values[Place(i)];
             best = i;
         }
     }
@@ -67,21 +67,21 @@ int FirstLargest(const std::vector<double>& values) {
 double Rivalry(const std::vector<double>& values, int best) {
     double second = 0.0;
     for (int i = 0; i < kHalf; ++i) {
-        if (i != best) second = std::max(second, values[Index(i)]);
+        if (i != best) second = std::max(second, values[Place(i)]);
     }
-    return values[Index(best)] > 0.0 ? 1.0 - second / values[Index(best)] : 0.0;
+    return values[Place(best)] > 0.0 ? 1.0 - second / values[Place(best)] : 0.0;
 }
 
 } // namespace
 
 std::vector<double> ZeroPaddedMagnitudes(const std::vector<double>& windowed) {
-    std::vector<Complex> padded(Index(kSize));
+    std::vector<Complex> padded(Place(kSize));
     std::copy(windowed.begin(), windowed.end(), padded.begin());
     static const std::vector<Complex> circle = MakeCircle();
     std::vector<Complex> transformed(padded.size());
     Transform(padded.data(), transformed.data(), padded.size(), 1, circle);
-    std::vector<double> magnitudes(Index(kHalf));
-    for (int k = 0; k < kHalf; ++k) magnitudes[Index(k)] = std::abs(transformed[Index(k)]);
+    std::vector<double> magnitudes(Place(kHalf));
+    for (int k = 0; k < kHalf; ++k) magnitudes[Place(k)] = std::abs(transformed[Place(k)]);
     return magnitudes;
 }
 
@@ -140,38 +140,38 @@ void SlowPitchAnalysis::Process(const float* frame, Result& result) {
 }
 
 void SlowPitchAnalysis::FormSpectrum(const float* frame) {
-    std::vector<double> windowed(Index(kFrame));
+    std::vector<double> windowed(Place(kFrame));
     for (int i = 0; i < kFrame; ++i) {
         const auto s = static_cast<double>(frame[i]);
         const double hann = (1.0 - std::cos(2.0 * std::numbers::pi * i / (kFrame - 1))) / 2.0;
-        windowed[Index(i)] = std::fabs(s) >= 1e-15 ? s * hann : 0.0;
+        windowed[Place(i)] = std::fabs(s) >= 1e-15 ? s * hann : 0.0;
     }
     spectrum = ZeroPaddedMagnitudes(windowed);
     const double largest = std::max(1e-25, *std::max_element(spectrum.begin(), spectrum.end()));
     for (double& value : spectrum) value /= largest;
     std::fill_n(spectrum.begin(), 18, 0.0);
-    spectrum.resize(Index(kSize), 0.0);
+    spectrum.resize(Place(kSize), 0.0);
 }
 
 void SlowPitchAnalysis::ReduceToPeaks() {
     constexpr int kLow = 18;
     constexpr int kHigh = 148;
-    peaks.assign(Index(kSize), 0.0);
+    peaks.assign(Place(kSize), 0.0);
     std::fill_n(peaks.begin(), kLow, 1e-25);
     for (int k = kLow; k < kHigh; ++k) {
         const bool isPeak =
-            spectrum[Index(k)] > spectrum[Index(k - 1)] && spectrum[Index(k + 1)] <= spectrum[Index(k)];
-        for (int i = k - 4; isPeak && i <= k + 4; ++i) peaks[Index(i)] = spectrum[Index(i)];
+            spectrum[Place(k)] > spectrum[Place(k - 1)] && spectrum[Place(k + 1)] <= spectrum[Place(k)];
+        for (int i = k - 4; isPeak && i <= k + 4; ++i) peaks[Place(i)] = spectrum[Place(i)];
     }
-    for (int k = kHigh - 4; k < kHalf; ++k) peaks[Index(k)] = spectrum[Index(k)];
+    for (int k = kHigh - 4; k < kHalf; ++k) peaks[Place(k)] = spectrum[Place(k)];
 }
 
 void SlowPitchAnalysis::FormProduct() {
     product.assign(peaks.begin(), peaks.begin() + kHalf);
     for (int h = 2; h <= 5; ++h) {
         for (int i = 0; i < kHalf; ++i) {
-            const double harmonic = i < kHalf / h ? peaks[Index(i * h)] : 0.0;
-            product[Index(i)] *= (harmonic + 0.05) / h;
+            const double harmonic = i < kHalf / h ? peaks[Place(i * h)] : 0.0;
+            product[Place(i)] *= (harmonic + 0.05) / h;
         }
     }
     hpsBin = FirstLargest(product);
@@ -181,16 +181,16 @@ void SlowPitchAnalysis::FormProduct() {
 void SlowPitchAnalysis::FormSum() {
     constexpr int kLowest = 28;
     constexpr int kBeyond = 2972;
-    peaks.assign(Index(kSize), 0.0);
+    peaks.assign(Place(kSize), 0.0);
     int harmonics = 9;
     for (int b = kLowest; b < kBeyond; ++b) {
         harmonics = std::min(harmonics, (kSize - 1) / b);
         double v = 0.0;
-        for (int h = 1; h <= harmonics; ++h) v += spectrum[Index(h * b)] * 31.0 / (30.0 + h);
-        v -= 0.25 * spectrum[Index(Truncated(b * 0.5))];
-        v -= 0.1 * spectrum[Index(Truncated(b * 0.6666))];
-        v -= 0.1 * spectrum[Index(Truncated(b * 0.3333))];
-        peaks[Index(b)] = v / harmonics;
+        for (int h = 1; h <= harmonics; ++h) v += spectrum[Place(h * b)] * 31.0 / (30.0 + h);
+        v -= 0.25 * spectrum[Place(Truncated(b * 0.5))];
+        v -= 0.1 * spectrum[Place(Truncated(b * 0.6666))];
+        v -= 0.1 * spectrum[Place(Truncated(b * 0.3333))];
+        peaks[Place(b)] = v / harmonics;
     }
     sumBin = FirstLargest(peaks);
     margins.sum = Rivalry(peaks, sumBin);
@@ -216,9 +216,9 @@ int SlowPitchAnalysis::CorrectedBin() {
         const int reach = std::clamp(expected / 2, 2, 16);
         for (int d = -reach; d <= reach - 1; ++d) {
             const int c = std::max(expected + d, 2);
-            const double here = spectrum[Index(c)];
-            if (here > spectrum[Index(c - 1)] && here > spectrum[Index(c + 1)] &&
-                here > 0.0625 * spectrum[Index(bin)]) {
+            const double here = spectrum[Place(c)];
+            if (here > spectrum[Place(c - 1)] && here > spectrum[Place(c + 1)] &&
+                here > 0.0625 * spectrum[Place(bin)]) {
                 ++events.byContinuity;
                 return c;
             }
@@ -230,20 +230,20 @@ int SlowPitchAnalysis::CorrectedBin() {
 double SlowPitchAnalysis::CombDecibels(int bin) const {
     if (bin < 1) return std::log(1e-24) * 4.3429446;
     double mean = 0.0;
-    for (int i = bin; i < kHalf; ++i) mean += spectrum[Index(i)];
+    for (int i = bin; i < kHalf; ++i) mean += spectrum[Place(i)];
     mean /= kHalf - bin;
     double sum = 0.0;
     int teeth = 0;
-    for (int m = bin; m < kSize / 4; m += bin, ++teeth) sum += spectrum[Index(m)];
+    for (int m = bin; m < kSize / 4; m += bin, ++teeth) sum += spectrum[Place(m)];
     if (!(rms * rms > 1e-7)) return 0.0;
     return std::log(teeth == 0 ? sum / mean : sum / (teeth * mean)) * 4.3429446;
 }
 
 double SlowPitchAnalysis::Interpolated(int bin) const {
     const int b = std::max(bin, 1);
-    const double y0 = spectrum[Index(b - 1)];
-    const double y1 = spectrum[Index(b)];
-    const double y2 = spectrum[Index(b + 1)];
+    const double y0 = spectrum[Place(b - 1)];
+    const double y1 = spectrum[Place(b)];
+    const double y2 = spectrum[Place(b + 1)];
     const double s = (y1 - y0) / 30.0;
     double previous = -1e-25;
     int found = 0;

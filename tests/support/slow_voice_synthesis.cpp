@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kFadeLength = 32768;
 
-int Trunc(double value) { return static_cast<int>(value); }
+int WholeOf(double value) { return static_cast<int>(value); }
 
 // Steps of the table for a fade over `count` samples.
 float FadeStep(std::int64_t count) {
@@ -60,14 +60,14 @@ int SlowVoiceSynthesis::SetPosition(int position) {
         readPosition = position;
     } else {
         readPosition = marks.Position(mark);
-        inputEnd = Trunc(readPosition - outPeriod);
+        inputEnd = WholeOf(readPosition - outPeriod);
     }
     for (EndlessSamples& channel : input) channel.Forget();
     inputFill = 0;
     markIndex = mark;
     prevMarkIndex = 0;
-    timeline = Trunc(readPosition);
-    return Trunc(readPosition);
+    timeline = WholeOf(readPosition);
+    return WholeOf(readPosition);
 }
 
 int SlowVoiceSynthesis::GetRequiredInput(int samples) {
@@ -80,13 +80,13 @@ int SlowVoiceSynthesis::GetRequiredInput(int samples) {
     if (marks.Count() == 0) return kFailed;
     if (made > blockSize) return 0;
     while (true) {
-        const int next = marks.FindNearest(mark, Trunc(position));
+        const int next = marks.FindNearest(mark, WholeOf(position));
         if (next < 0) return next;
         const int period = marks.Distance(next);
         if (period < 1) return kFailed;
         const float reach = static_cast<float>(period) * readSpan * timeSpan;
-        result = std::max(result, marks.Position(next) + Trunc(static_cast<double>(reach)) - inputEnd);
-        made += Trunc(step);
+        result = std::max(result, marks.Position(next) + WholeOf(static_cast<double>(reach)) - inputEnd);
+        made += WholeOf(step);
         mark = next;
         const float distance = static_cast<float>(period) * invPitchFactor;
         if (made > blockSize) return result;
@@ -117,7 +117,7 @@ void SlowVoiceSynthesis::SetTimeFactor(float factor) {
 }
 
 int SlowVoiceSynthesis::GetCurrentPeriod() const {
-    const int mark = marks.FindNearest(markIndex - 1, Trunc(readPosition));
+    const int mark = marks.FindNearest(markIndex - 1, WholeOf(readPosition));
     return marks.Voicing(mark) > 0 ? marks.Period(mark) : -1;
 }
 
@@ -170,14 +170,14 @@ double SlowVoiceSynthesis::HumanisedPosition() const {
 
 int SlowVoiceSynthesis::RenderGrains(float gain) {
     while (outputMark <= blockSize) {
-        markIndex = marks.FindNearest(prevMarkIndex, Trunc(readPosition));
+        markIndex = marks.FindNearest(prevMarkIndex, WholeOf(readPosition));
         if (markIndex < 0) return kFailed;
         const int inPeriod = marks.Distance(markIndex);
         if (inPeriod < 1) return kFailed;
         RenderGrain(outPeriod, inPeriod, marks.Position(markIndex), gain);
         prevMarkIndex = markIndex;
         const float distance = static_cast<float>(inPeriod) * invPitchFactor;
-        outPeriod = std::max(Trunc(std::floor(static_cast<double>(distance) + 0.5)), 0);
+        outPeriod = std::max(WholeOf(std::floor(static_cast<double>(distance) + 0.5)), 0);
         const double step = static_cast<double>(distance * invTimeFactor);
         readPosition += step;
         timeline += step;
@@ -190,10 +190,11 @@ void SlowVoiceSynthesis::RenderGrain(int outLength, int inLength, int mark, floa
     const auto period = static_cast<float>(inLength);
     int rising = outLength;
     if (pitchFactor < grainLimit)
-        rising = Trunc(static_cast<double>(std::min(length * grainLimit, std::trunc(length * pitchFactor))));
+        rising =
+            WholeOf(static_cast<double>(std::min(length * grainLimit, std::trunc(length * pitchFactor))));
     const int falling =
-        Trunc(static_cast<double>(std::min(std::trunc(period * invPitchFactor), period / grainLimit)));
-    const int behind = Trunc(std::floor(static_cast<double>(period * invPitchFactor) + 0.5));
+        WholeOf(static_cast<double>(std::min(std::trunc(period * invPitchFactor), period / grainLimit)));
+    const int behind = WholeOf(std::floor(static_cast<double>(period * invPitchFactor) + 0.5));
 
     outputMark = outputEnd;
     outputEnd = outputMark + behind;

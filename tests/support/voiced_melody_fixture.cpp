@@ -26,7 +26,7 @@ struct Formant {
     double bandwidth; // Hz
     double strength;
 };
-constexpr std::array<std::array<Formant, 3>, 2> kFormants = {{
+constexpr std::array<std::array<Formant, 3>, 2> kVowelFormants = {{
     {{{500, 80, 1.0}, {1100, 100, 0.6}, {2500, 150, 0.3}}},
     {{{400, 80, 0.6}, {1600, 120, 0.5}, {2700, 150, 0.2}}},
 }};
@@ -84,7 +84,7 @@ void RenderSong(VoicedSong& song, std::int32_t length, const VoicedSongSettings&
     double loudest = 0;
     std::vector<std::vector<double>> sums;
     for (std::int32_t c = 0; c < settings.channels; ++c) {
-        const auto pulse = Pulse(kFormants[static_cast<std::size_t>(c)], settings.sampleRate);
+        const auto pulse = Pulse(kVowelFormants[static_cast<std::size_t>(c)], settings.sampleRate);
         std::vector<double> sum(static_cast<std::size_t>(length));
         for (const PitchMarkRecord& mark : song.marks) {
             if (mark.voicing <= 0) continue;
