@@ -36,7 +36,11 @@ endif()
 
 install(TARGETS sonorelle_vst LIBRARY DESTINATION lib/vst)
 # The home is that of whoever installs.
-foreach(folder .vst .local/lib/vst)
-  install(CODE "file(INSTALL DESTINATION \"\$ENV{HOME}/${folder}\" TYPE FILE FILES \"$<TARGET_FILE:sonorelle_vst>\")"
-          COMPONENT user_plugin EXCLUDE_FROM_ALL)
-endforeach()
+install(CODE "
+  if(NOT IS_DIRECTORY \"\$ENV{HOME}\")
+    message(FATAL_ERROR \"HOME names no folder to install the plug-in in\")
+  endif()
+  foreach(folder .vst .local/lib/vst)
+    file(INSTALL DESTINATION \"\$ENV{HOME}/\${folder}\" TYPE FILE FILES \"$<TARGET_FILE:sonorelle_vst>\")
+  endforeach()"
+  COMPONENT user_plugin EXCLUDE_FROM_ALL)

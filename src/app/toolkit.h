@@ -66,6 +66,10 @@ public:
     virtual void ActivateMainWindow(bool active);
     // Any thread: panels have changed, and what shows them should be drawn again.
     virtual void RequestRedraw();
+
+    // Any thread: whoever asks is about to go. Questions that are open end as cancelled, and no further one
+    // is asked.
+    virtual void Abandon() {}
 };
 
 } // namespace sonorelle

@@ -41,7 +41,10 @@ CsonorelleVST::~CsonorelleVST() {
     core.reset();
 }
 
-void CsonorelleVST::abandon() { core->CancelLoad(); }
+void CsonorelleVST::abandon() {
+    toolkit->Abandon();
+    core->CancelLoad();
+}
 void CsonorelleVST::suspend() { core->Suspend(); }
 
 void CsonorelleVST::resume() {
@@ -59,6 +62,14 @@ float CsonorelleVST::getParameter(std::int32_t index) { return core->GetParamete
 void CsonorelleVST::setProgram(std::int32_t program) {
     AudioEffectX::setProgram(program);
     core->SetProgram(program);
+    programOfCore.store(core->GetProgram(), std::memory_order_relaxed);
+}
+
+// A session may bring its own, also when it is restored later: its recording had to be asked for.
+std::int32_t CsonorelleVST::getProgram() {
+    const std::int32_t now = core->GetProgram();
+    if (programOfCore.exchange(now, std::memory_order_relaxed) != now) AudioEffectX::setProgram(now);
+    return AudioEffectX::getProgram();
 }
 
 void CsonorelleVST::setProgramName(const std::string& name) { core->SetProgramName(name); }
@@ -92,11 +103,7 @@ std::int32_t CsonorelleVST::getChunk(const void*& data, bool isPreset) {
 }
 
 std::int32_t CsonorelleVST::setChunk(const void* data, std::int32_t size, bool isPreset) {
-    const std::int32_t taken = core->SetChunk(data, size, isPreset);
-    // A session may bring its own program.
-    if (const std::int32_t program = core->GetProgram(); program != getProgram())
-        AudioEffectX::setProgram(program);
-    return taken;
+    return core->SetChunk(data, size, isPreset);
 }
 
 bool CsonorelleVST::getProgramNameIndexed(std::int32_t category, std::int32_t index, std::string& text) {

@@ -13,6 +13,7 @@
 #include "host/library_pin.h"
 #include "host/vst_effect.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -45,6 +46,7 @@ public:
     void setParameter(std::int32_t index, float value) override;
     float getParameter(std::int32_t index) override;
     void setProgram(std::int32_t program) override;
+    std::int32_t getProgram() override;
     void setProgramName(const std::string& name) override;
     std::string getProgramName() override;
     std::string getParameterLabel(std::int32_t index) override;
@@ -76,6 +78,7 @@ private:
     CLibraryPin pin;
     std::unique_ptr<CkvoToolkit> toolkit;
     std::unique_ptr<CvirelainePlugIn> core;
+    std::atomic<std::int32_t> programOfCore{0}; // as it was last seen
 };
 
 } // namespace sonorelle

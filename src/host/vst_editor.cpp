@@ -7,12 +7,18 @@
 
 namespace sonorelle {
 
+namespace {
+
+// One for the process, with the size that the window is made in: hosts keep its address, also when the editor
+// that told it has gone, and editors of several threads may tell it at once. Nobody here writes to it; it is
+// not constant, since it must not be the end of a host that does.
+constinit ERect rectangle = {0, 0, CkvoEditorWindow::kHeight, CkvoEditorWindow::kWidth};
+
+} // namespace
+
 CsonorelleVSTEditor::CsonorelleVSTEditor(CvirelainePlugIn& plugIn, CkvoToolkit& editorToolkit,
                                          EditorWindowFactory windowFactory)
-    : core(plugIn), toolkit(editorToolkit), makeWindow(std::move(windowFactory)) {
-    rectangle.bottom = CkvoEditorWindow::kHeight;
-    rectangle.right = CkvoEditorWindow::kWidth;
-}
+    : core(plugIn), toolkit(editorToolkit), makeWindow(std::move(windowFactory)) {}
 
 CsonorelleVSTEditor::~CsonorelleVSTEditor() { close(); }
 

@@ -16,7 +16,7 @@ public:
                         EditorWindowFactory windowFactory);
     ~CsonorelleVSTEditor() override; // closes
 
-    bool getRect(ERect*& rect) override; // always true; good as long as the editor
+    bool getRect(ERect*& rect) override; // always true, and always the same; good as long as the library
     bool open(void* parent) override;    // false where there is no display
     void close() override;
     void idle() override;
@@ -26,7 +26,6 @@ private:
     CkvoToolkit& toolkit;
     EditorWindowFactory makeWindow;
     std::unique_ptr<CkvoEditorWindow> window;
-    ERect rectangle;
 };
 
 } // namespace sonorelle

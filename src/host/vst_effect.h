@@ -45,6 +45,7 @@ public:
     virtual void setParameter(std::int32_t /*index*/, float /*value*/) {}
     virtual float getParameter(std::int32_t /*index*/) { return 0; }
     virtual void setProgram(std::int32_t program) { curProgram.store(program, std::memory_order_relaxed); }
+    virtual std::int32_t getProgram() { return curProgram.load(std::memory_order_relaxed); }
     virtual void setProgramName(const std::string& /*name*/) {}
     virtual std::string getProgramName() { return {}; }
     virtual std::string getParameterLabel(std::int32_t /*index*/) { return {}; }
@@ -58,10 +59,9 @@ public:
         return 0;
     }
     virtual void setSampleRate(float rate) { sampleRate.store(rate, std::memory_order_relaxed); }
-    virtual void setBlockSize(std::int32_t frames) { blockSize = frames; }
+    virtual void setBlockSize(std::int32_t frames) { blockSize.store(frames, std::memory_order_relaxed); }
 
     float getSampleRate() const { return sampleRate.load(std::memory_order_relaxed); } // Hz
-    std::int32_t getProgram() const { return curProgram.load(std::memory_order_relaxed); }
 
     // Calls the host; 0 without one.
     std::intptr_t CallHost(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* pointer,
@@ -94,8 +94,8 @@ private:
     std::atomic<std::int32_t> callsUnderWay{0};
     std::unique_ptr<AEffEditor> editor;
     std::atomic<float> sampleRate{44100};
-    std::int32_t blockSize = 1024;
-    std::atomic<std::int32_t> curProgram{0}; // hosts set it from wherever they are
+    std::atomic<std::int32_t> blockSize{1024}; // told; every block brings its own length
+    std::atomic<std::int32_t> curProgram{0};   // hosts set it from wherever they are
 };
 
 class AudioEffectX : public AudioEffect {

@@ -108,6 +108,7 @@ enum EffectOpcode : std::int32_t {
     kEffGetVendorVersion = 49,
     kEffCanDo = 51,
     kEffGetTailSize = 52,
+    kEffIdle = 53,
     kEffGetParameterProperties = 56,
     kEffKeysRequired = 57,
     kEffGetVstVersion = 58,

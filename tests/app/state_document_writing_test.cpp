@@ -1,10 +1,10 @@
 #include "app/state_document.h"
 
 #include "app/saved_state_samples.h"
+#include "support/german_locale.h"
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <locale>
 #include <string>
 
@@ -204,18 +204,12 @@ TEST(StateDocumentWriting, TextsHaveReferencesForWhatTheSyntaxKeepsForItself) {
               "<AudioFileName str=\"/a &#34;b&#34; &#60;c&#62; &#38; d&#10;/\xC3\xA4.wav\"/>\n");
 }
 
-// A host that writes 0,5: by its streams on every machine, and by its C library where it has the language.
+// A host that writes 0,5, by its streams and by its C library.
 class DecimalCommaHost {
 public:
     DecimalCommaHost()
-        : streamsBefore_(std::locale::global(std::locale(std::locale::classic(), new DecimalComma))),
-          languageBefore_(std::setlocale(LC_ALL, nullptr)) {
-        std::setlocale(LC_ALL, "de_DE.UTF-8");
-    }
-    ~DecimalCommaHost() {
-        std::locale::global(streamsBefore_);
-        std::setlocale(LC_ALL, languageBefore_.c_str());
-    }
+        : streamsBefore_(std::locale::global(std::locale(std::locale::classic(), new DecimalComma))) {}
+    ~DecimalCommaHost() { std::locale::global(streamsBefore_); }
     DecimalCommaHost(const DecimalCommaHost&) = delete;
     DecimalCommaHost& operator=(const DecimalCommaHost&) = delete;
 
@@ -225,8 +219,8 @@ private:
         char do_thousands_sep() const override { return '.'; }
         std::string do_grouping() const override { return "\3"; }
     };
+    test::GermanLocale language_;
     std::locale streamsBefore_;
-    std::string languageBefore_;
 };
 
 TEST(StateDocumentWriting, TheDecimalPointIsAPointInAGermanHost) {

@@ -3,11 +3,11 @@
 #include "formats/xml_text.h"
 
 #include "platform/numbers.h"
+#include "support/german_locale.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <clocale>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -187,18 +187,11 @@ TEST(CharacterReferences, BringBackEveryByteButZero) {
     EXPECT_EQ(value, "there");
 }
 
-// A host that speaks German, for the C functions where the machine has such a locale and for streams
-// everywhere.
+// A host that speaks German, for the C functions and for streams.
 class GermanHost {
 public:
-    GermanHost() : languageBefore_(std::setlocale(LC_ALL, nullptr)) {
-        std::setlocale(LC_ALL, "de_DE.UTF-8");
-        before_ = std::locale::global(std::locale(std::locale::classic(), new Comma));
-    }
-    ~GermanHost() {
-        std::locale::global(before_);
-        std::setlocale(LC_ALL, languageBefore_.c_str());
-    }
+    GermanHost() : before_(std::locale::global(std::locale(std::locale::classic(), new Comma))) {}
+    ~GermanHost() { std::locale::global(before_); }
     GermanHost(const GermanHost&) = delete;
     GermanHost& operator=(const GermanHost&) = delete;
 
@@ -208,7 +201,7 @@ private:
         char do_thousands_sep() const override { return '.'; }
         std::string do_grouping() const override { return "\3"; }
     };
-    std::string languageBefore_;
+    test::GermanLocale language_;
     std::locale before_;
 };
 

@@ -97,6 +97,9 @@ TEST_F(VstAnswers, TellTheFiveAbilitiesAndNoOther) {
 TEST_F(VstAnswers, SayThatEveryParameterCanBeAutomated) {
     for (std::int32_t index = 0; index < 32; ++index)
         EXPECT_EQ(plugIn.Do(Call::kCanBeAutomated, index), 1) << index;
+    for (const std::int32_t other :
+         {-1, 32, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()})
+        EXPECT_EQ(plugIn.Do(Call::kCanBeAutomated, other), 1) << other;
 }
 
 TEST_F(VstAnswers, AreZeroForWhatThePlugInDoesNotHave) {

@@ -6,8 +6,7 @@
 #include "vst/vst_stage.h"
 
 #include "support/sanitizer_share.h"
-#include "support/synthetic_singer.h"
-#include "support/wav_writer.h"
+#include "vst/fresh_song.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -43,14 +42,6 @@ bool ThreadsSettleAt(std::ptrdiff_t count) {
 std::size_t AllocatedBytes() {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
-}
-
-// Some seconds that nobody has analysed yet.
-std::string FreshSong(const TemporaryFolder& folder, double seconds) {
-    SingerSettings settings;
-    const std::string path = folder.File("fresh.wav").string();
-    EXPECT_TRUE(WriteWav(path, VibratoTone(220, seconds, settings)));
-    return path;
 }
 
 // What a user does with a plug-in in a few moments.

@@ -67,6 +67,14 @@ TEST_F(VstMidi, TheVoicesNotesGoOutInTheirBlocksAndEnd) {
     EXPECT_EQ(sounding, 0);
 }
 
+TEST_F(VstMidi, AHostThatTellsNoLevelIsSentThem) {
+    LoadSong();
+    host.processLevel = kLevelUntold;
+    host.Play(0);
+    plugIn.PlayOut(kVstSongFrames, 512);
+    EXPECT_GT(host.TakeMidi().size(), 8U);
+}
+
 TEST_F(VstMidi, AnOfflineRenderSendsNone) {
     LoadSong();
     host.processLevel = kLevelOffline;

@@ -91,7 +91,7 @@ TEST_F(VstPlaying, EveryRateAndLengthStaysFinite) {
     LoadSong();
     const std::array<float, 7> rates = {8000, 22050, 44100, 48000, 96000, 192000, 384000};
     for (std::size_t i = 0; i < rates.size(); ++i) {
-        for (const std::int32_t level : {kLevelRealtime, kLevelOffline}) {
+        for (const std::int32_t level : {kLevelUntold, kLevelRealtime, kLevelOffline}) {
             if (!InSanitizerShare(static_cast<int>(i), 3)) continue;
             host.processLevel = level;
             plugIn.Do(Call::kMainsChanged, 0, 0);
@@ -127,8 +127,8 @@ TEST_F(VstPlaying, AbsurdRatesAreHarmless) {
 
 // The session's offset is told in the host's samples; it follows the rate when the next block is played.
 TEST_F(VstPlaying, ANewSampleRateReachesTheNextBlock) {
-    plugIn.SetSampleRate(44100);
-    LoadSong("<MasterPlaybackStart str=\"44100\"/>\n");
+    LoadSong( // at 44100 Hz, as long as the host tells no other
+        "<MasterPlaybackStart str=\"44100\"/>\n");
     const auto offset = [&] {
         const std::string session = plugIn.Chunk();
         const std::string key = "<MasterPlaybackStart str=\"";

@@ -6,6 +6,8 @@
 #include <clocale>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <unistd.h>
 #if defined(__x86_64__)
 #include <xmmintrin.h>
 #endif
@@ -20,6 +22,14 @@ void* AddressOf(Function function) {
     static_assert(sizeof function == sizeof address);
     std::memcpy(&address, &function, sizeof address);
     return address;
+}
+
+// As the system tells it: the call that tells it would set it.
+std::string FileMask() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("Umask:")) return line;
+    return {};
 }
 
 } // namespace
@@ -54,6 +64,9 @@ ProcessState ProcessState::Take() {
 #endif
     std::error_code ignored;
     state.folder = std::filesystem::current_path(ignored).string();
+    state.fileMask = FileMask();
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+        state.environment.emplace_back(*variable);
     return state;
 }
 
@@ -72,6 +85,8 @@ std::string ProcessState::DifferenceTo(const ProcessState& other) const {
     note(vectorControl == other.vectorControl, "vector control word");
     note(scalarControl == other.scalarControl, "floating-point control word");
     note(folder == other.folder, "working folder");
+    note(fileMask == other.fileMask, "mask of new files");
+    note(environment == other.environment, "environment");
     return found;
 }
 

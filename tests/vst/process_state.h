@@ -1,5 +1,5 @@
-// What belongs to the process and not to its guests: the locale, signal and X error handlers, the signal
-// mask, the floating-point control words, the working folder.
+// What belongs to the process and not to its guests: the locale, the environment, signal and X error
+// handlers, the signal mask, the floating-point control words, the working folder, the mask of new files.
 //
 //     const ProcessState before = ProcessState::Take();
 //     effect->dispatcher(...);
@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <locale.h>
 #include <string>
+#include <vector>
 
 namespace sonorelle::test {
 
@@ -39,6 +40,8 @@ private:
     std::uint32_t vectorControl = 0; // without the flags of what has happened
     std::uint16_t scalarControl = 0;
     std::string folder;
+    std::string fileMask;
+    std::vector<std::string> environment;
 };
 
 } // namespace sonorelle::test

@@ -80,6 +80,30 @@ TEST_F(VstSession, ParametersThatAreSetAfterwardsChangeNothing) {
     EXPECT_EQ(other.PlayOut(2000, 500), plugIn.PlayOut(2000, 500));
 }
 
+// Ardour's way.
+TEST_F(VstSession, AProgramThatIsSetBeforehandStaysAndTheStripsAreTheSessions) {
+    LoadSong();
+    plugIn.Set(0, 0.25F);
+    const std::string saved = plugIn.Chunk();
+    TestHost otherHost;
+    HostedPlugIn other(otherHost, library);
+    other.Do(Call::kSetProgram, 0, 1);
+    ASSERT_EQ(other.SetChunk(saved), 1);
+    EXPECT_EQ(other.Do(Call::kGetProgram), 1);
+    EXPECT_NEAR(other.Get(0), 0.25F, 1e-6F);
+}
+
+// Of what was current when it was saved; a host that restores chunks alone learns of it.
+TEST_F(VstSession, WithoutAProgramSetBeforehandTheSessionsIsTheCurrentOne) {
+    plugIn.Do(Call::kSetProgram, 0, 1);
+    LoadSong();
+    const std::string saved = plugIn.Chunk();
+    TestHost otherHost;
+    HostedPlugIn other(otherHost, library);
+    ASSERT_EQ(other.SetChunk(saved), 1);
+    EXPECT_EQ(other.Do(Call::kGetProgram), 1);
+}
+
 TEST_F(VstSession, TheHostsMemoryIsGoodUntilTheNextOne) {
     LoadSong();
     void* data = nullptr;

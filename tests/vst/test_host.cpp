@@ -92,6 +92,8 @@ std::intptr_t TestHost::Answer(Request request, HostedEffect* effect, std::int32
                                void* pointer, float option) {
     switch (request) {
     case Request::kVersion:
+        if (effect != nullptr || index != 0 || value != 0 || pointer != nullptr || option != 0)
+            versionAskedPlainly = false;
         return version;
     case Request::kGetTime:
         timeFilter = static_cast<std::int32_t>(value);
@@ -113,7 +115,7 @@ std::intptr_t TestHost::Answer(Request request, HostedEffect* effect, std::int32
         return 1;
     case Request::kIOChanged: {
         const std::lock_guard guard(lock);
-        tellings.push_back({effect->numInputs, effect->numOutputs});
+        tellings.push_back({effect->numInputs, effect->numOutputs, effect->flags, effect->uniqueID});
         return 1;
     }
     default:

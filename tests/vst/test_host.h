@@ -29,6 +29,8 @@ public:
     struct OutputsTold {
         std::int32_t inputs;
         std::int32_t outputs;
+        std::int32_t flags;
+        std::int32_t uniqueId;
     };
 
     explicit TestHost(std::intptr_t hostVersion = 2400) : version(hostVersion) {}
@@ -52,6 +54,8 @@ public:
     std::vector<OutputsTold> OutputsTellings() const;
     std::int32_t LastTimeFilter() const { return timeFilter; }
     std::intptr_t LastWantMidi() const { return wantMidi; }
+    // Each time with no effect and nothing but zeros.
+    bool AskedForVersionPlainly() const { return versionAskedPlainly; }
 
     std::atomic<bool> hasTime{true};
     std::atomic<std::int32_t> processLevel{kLevelRealtime};
@@ -75,6 +79,7 @@ private:
     std::vector<OutputsTold> tellings;
     std::atomic<std::int32_t> timeFilter{0};
     std::atomic<std::intptr_t> wantMidi{0};
+    std::atomic<bool> versionAskedPlainly{true};
 };
 
 } // namespace sonorelle::test

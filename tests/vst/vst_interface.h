@@ -160,6 +160,7 @@ enum class Request : std::int32_t {
     kGetCurrentProcessLevel = 23,
 };
 
+inline constexpr std::int32_t kLevelUntold = 0; // Ardour's answer
 inline constexpr std::int32_t kLevelRealtime = 2;
 inline constexpr std::int32_t kLevelOffline = 4;
 

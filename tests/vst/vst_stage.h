@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 namespace sonorelle::test {
@@ -18,6 +19,11 @@ inline const std::string& VstSong() {
     return path;
 }
 inline constexpr std::int32_t kVstSongFrames = 32000; // all of its sound
+
+// A measured time, for whoever reads; it decides nothing, since machines differ.
+inline void Figure(const std::string& what, double value) {
+    std::printf("[ MEASURED ] %s: %.3f\n", what.c_str(), value);
+}
 
 class VstStage : public ::testing::Test {
 protected:
