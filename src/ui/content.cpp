@@ -15,17 +15,21 @@ namespace {
 
 constexpr Colour kPaper = LerpColour(kPanelColour, kWhite, 0.55F);
 
-// Within the frame around it.
-Placement PlaceOfView(const Fl_Widget& frame) {
-    constexpr int kLine = 2; // pixels
-    return {frame.x() + kLine, frame.y() + kLine, frame.w() - 2 * kLine, frame.h() - 2 * kLine};
+// The line around the view ends where that of the mixer below it does.
+Placement AroundView(const ContentLayout& layout) {
+    constexpr int kGap = 3; // pixels, with the line
+    const Placement view = layout.view.panel;
+    const Placement mixer = layout.voices.frame;
+    return {mixer.x + 1, view.y - kGap, mixer.width - 2, view.height + 2 * kGap};
 }
 
-// The place of the pitch view.
+// The place of the pitch view, and the line around it. The text is pale while nothing can be dropped.
 class Middle final : public Fl_Group {
 public:
-    Middle(Placement place, const std::function<CkvoPitchView*()>& pitchView)
-        : Fl_Group(place.x, place.y, place.width, place.height), currentView(pitchView) {
+    Middle(Placement place, Placement placeOfView, const std::function<CkvoPitchView*()>& pitchView,
+           const bool& takesDrop)
+        : Fl_Group(place.x, place.y, place.width, place.height), currentView(pitchView), inner(placeOfView),
+          bright(takesDrop) {
         box(FL_FLAT_BOX);
         color(ToolkitColour(kPanelColour));
         end();
@@ -33,17 +37,21 @@ public:
 
 protected:
     void draw() override {
+        const Colour line = bright ? kVoiceColours[0] : kFrameColour;
         if (const CkvoPitchView* view = currentView()) {
-            DrawFrame(x(), y(), w(), h(), kPanelColour);
-            DrawPitchView(*view, PlaceOfView(*this));
+            DrawFrame(x(), y(), w(), h(), kPanelColour, line);
+            DrawPitchView(*view, inner);
         } else {
-            DrawFrame(x(), y(), w(), h(), kPaper);
-            DrawLabel(kStartText, kLabelSize, {x(), y(), w(), h()}, LabelAlign::kCentre, kLabelColour);
+            DrawFrame(x(), y(), w(), h(), kPaper, line);
+            DrawLabel(kStartText, kLabelSize, {x(), y(), w(), h()}, LabelAlign::kCentre,
+                      active_r() != 0 ? kLabelColour : kDisabledColour);
         }
     }
 
 private:
     const std::function<CkvoPitchView*()>& currentView;
+    const Placement inner;
+    const bool& bright;
 };
 
 Placement Moved(Placement place, int x, int y) {
@@ -68,8 +76,8 @@ CkvoContent::CkvoContent(Placement place, std::function<CkvoPitchView*()> pitchV
               frame(layout.melody, kMelodyTitle),
               frame(layout.choir, kChoirTitle),
               frame(layout.snapshots, kSnapshotsTitle)};
-    const Placement view = Inset(layout.view.frame, 0, 4, 0, 6); // a little air to the frames around it
-    middle = new Middle(Moved(view, place.x, place.y), currentView);
+    viewPlace = Moved(layout.view.panel, place.x, place.y);
+    middle = new Middle(Moved(AroundView(layout), place.x, place.y), viewPlace, currentView, dropHint);
     end();
     resizable(middle);
 }
@@ -77,14 +85,17 @@ CkvoContent::CkvoContent(Placement place, std::function<CkvoPitchView*()> pitchV
 void CkvoContent::FollowView() {
     CkvoPitchView* view = currentView();
     if (view != nullptr) {
-        const Placement place = PlaceOfView(*middle);
         const PitchViewLayout& layout = view->GetAxes().layout;
-        if (layout.width != place.width || layout.height != place.height)
-            view->SetSize(place.width, place.height);
+        if (layout.width != viewPlace.width || layout.height != viewPlace.height)
+            view->SetSize(viewPlace.width, viewPlace.height);
     }
     if ((view != nullptr) == viewShown) return;
     viewShown = view != nullptr;
     middle->redraw();
+}
+
+void CkvoContent::ShowDropHint(bool on) {
+    if (std::exchange(dropHint, on) != on) middle->redraw();
 }
 
 void CkvoContent::RedrawPanels() {

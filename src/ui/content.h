@@ -23,15 +23,19 @@ public:
 
     // `pitchView` gives what is to be drawn, or null; it is asked while the widgets are at work.
     CkvoContent(Placement place, std::function<CkvoPitchView*()> pitchView);
-    void FollowView();   // what it shows came or went
-    void RedrawPanels(); // what it shows has changed
+    void FollowView();          // what it shows came or went
+    void RedrawPanels();        // what it shows has changed
+    void ShowDropHint(bool on); // something is over the window that it would take
     const CkvoToolWindow& Frame(std::size_t index) const { return *frames[index]; }
+    Placement PlaceOfView() const { return viewPlace; } // from the window's corner
 
 private:
     std::array<CkvoToolWindow*, kFrames> frames{}; // owned by the toolkit, as widgets are
-    Fl_Group* middle = nullptr;
+    Fl_Group* middle = nullptr;                    // owned likewise
+    Placement viewPlace;
     std::function<CkvoPitchView*()> currentView;
     bool viewShown = false;
+    bool dropHint = false;
 };
 
 } // namespace sonorelle

@@ -43,7 +43,8 @@ constexpr Placement Inset(Placement frame, int left, int top, int narrower, int 
     return {frame.x + left, frame.y + top, frame.width - narrower, frame.height - lower};
 }
 
-// The column begins below the strip and ends with the whole.
+// The column begins below the strip and ends with the whole. The view lies in the middle of the mixer's
+// width: it reaches a little beyond the right edge of its frame.
 constexpr ContentLayout LayOutContent(int width, int height) {
     constexpr int kMelodyTop = 10;
     constexpr int kChoirTop = 100;
@@ -53,7 +54,7 @@ constexpr ContentLayout LayOutContent(int width, int height) {
     layout.synchronization.panel = Inset(layout.synchronization.frame, 5, 12, 5, 18);
     layout.tuning.frame = {width - 105, 0, 103, kStripHeight};
     layout.tuning.panel = Inset(layout.tuning.frame, 5, 12, 5, 18);
-    layout.view.frame = {kColumnWidth + 10, kStripHeight, width - 265, height - 300};
+    layout.view.frame = {kColumnWidth + 6, kStripHeight, width - 265, height - 300};
     layout.view.panel = Inset(layout.view.frame, 8, 6, 4, 12);
     layout.voices.frame = {kColumnWidth + 10, height - kLowerHeight, width - kColumnWidth - 10, kLowerHeight};
     layout.voices.panel = Inset(layout.voices.frame, 0, 0, 0, 0);

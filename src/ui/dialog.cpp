@@ -1,5 +1,7 @@
 #include "ui/dialog.h"
 
+#include "ui/native_window.h"
+#include "ui/pixel_canvas.h"
 #include "ui/theme.h"
 
 #include <FL/Fl.H>
@@ -33,6 +35,16 @@ void AddText(const std::string& text, int width, int height) {
     box->align(FL_ALIGN_CENTER | FL_ALIGN_INSIDE | FL_ALIGN_WRAP);
 }
 
+// A long name has no place where its line could be broken.
+int WidthForText(const std::string& text) {
+    constexpr int kWidest = 800; // pixels
+    fl_font(FL_HELVETICA, kLabelSize);
+    int width = 0;
+    int height = 0;
+    fl_measure(Escaped(text).c_str(), width, height);
+    return std::clamp(width + 4 * kMargin, kMessageWidth, kWidest);
+}
+
 Fl_Button* AddButton(const char* label, int left, int windowHeight) {
     const int top = windowHeight - kButtonHeight - kMargin + 2;
     auto* button = new Fl_Button(left, top, kButtonWidth, kButtonHeight, label);
@@ -48,37 +60,46 @@ void Confirm(Fl_Widget* widget, void* flag) {
     widget->top_window()->hide();
 }
 
-// Return is the first, Escape the second.
-void AddTwoButtons(const char* first, const char* second, int width, int height, bool& confirmed) {
-    auto* yes = AddButton(first, width / 2 - kButtonWidth - kMargin / 2, height);
-    yes->shortcut(FL_Enter);
-    yes->callback(Confirm, &confirmed);
-    AddButton(second, width / 2 + kMargin / 2, height)->callback(HideWindow);
+void ConfirmWith(Fl_Button& button, bool& confirmed) {
+    button.shortcut(FL_Enter);
+    button.callback(Confirm, &confirmed);
 }
 
-// The window of the host that a window manager knows.
-Window TopOf(Window window) {
-    while (true) {
-        Window root = 0;
-        Window parent = 0;
-        Window* children = nullptr;
-        unsigned count = 0;
-        if (XQueryTree(fl_display, window, &root, &parent, &children, &count) == 0) return 0;
-        if (children != nullptr) XFree(children);
-        if (parent == root || parent == 0) return window;
-        unsigned char* state = nullptr;
-        Atom type = 0;
-        int format = 0;
-        unsigned long items = 0;
-        unsigned long rest = 0;
-        const Atom managed = XInternAtom(fl_display, "WM_STATE", False);
-        XGetWindowProperty(fl_display, window, managed, 0, 0, False, AnyPropertyType, &type, &format, &items,
-                           &rest, &state);
-        if (state != nullptr) XFree(state);
-        if (type != None) return window;
-        window = parent;
+// A tick or a cross on a piece of plastic.
+class MarkButton final : public Fl_Button {
+public:
+    MarkButton(int left, int windowHeight, bool isTick)
+        : Fl_Button(left, windowHeight - kButtonHeight - kMargin + 2, kMarkWidth, kButtonHeight),
+          tick(isTick) {
+        tooltip(tick ? kNameOkayTip : kNameCancelTip);
     }
-}
+    static constexpr int kMarkWidth = 40; // pixels
+
+protected:
+    void draw() override {
+        const bool down = value() != 0;
+        const Colour top = LerpColour(kPanelColour, down ? kBlack : kWhite, down ? 0.14F : 0.75F);
+        const Colour bottom = LerpColour(kPanelColour, down ? kWhite : kBlack, down ? 0.25F : 0.06F);
+        CPixelCanvas canvas(w(), h(), kPanelColour);
+        const CanvasBox whole{0, 0, static_cast<float>(w()), static_cast<float>(h())};
+        canvas.FillRoundedBox(whole, 4, top, bottom);
+        canvas.StrokeRoundedBox(whole, 4, 1, kFrameColour);
+        const float x0 = whole.width / 2;
+        const float y0 = whole.height / 2 + (down ? 1.0F : 0.0F);
+        const Colour ink = kVoiceColours[tick ? 3 : 1];
+        if (tick) {
+            canvas.DrawLine({x0 - 5, y0}, {x0 - 1.5F, y0 + 4}, 2, ink);
+            canvas.DrawLine({x0 - 1.5F, y0 + 4}, {x0 + 5, y0 - 4}, 2, ink);
+        } else {
+            canvas.DrawLine({x0 - 4, y0 - 4}, {x0 + 4, y0 + 4}, 2, ink);
+            canvas.DrawLine({x0 - 4, y0 + 4}, {x0 + 4, y0 - 4}, 2, ink);
+        }
+        fl_draw_image(canvas.Data(), x(), y(), w(), h());
+    }
+
+private:
+    const bool tick;
+};
 
 } // namespace
 
@@ -93,8 +114,13 @@ CkvoDialog::CkvoDialog(int dialogWidth, int dialogHeight, std::string dialogTitl
 void CkvoDialog::OpenAt(int left, int top, unsigned long hostWindow) {
     position(std::max(left, 0), std::max(top, 0));
     show();
+    KeepAbove(*this, hostWindow);
+}
+
+void KeepAbove(const Fl_Window& window, unsigned long hostWindow) {
     if (hostWindow == 0) return;
-    if (const Window above = TopOf(hostWindow)) XSetTransientForHint(fl_display, fl_xid(this), above);
+    if (const Window below = TopWindowOf(hostWindow))
+        XSetTransientForHint(fl_display, fl_xid(&window), below);
 }
 
 void CkvoDialog::draw() {
@@ -113,9 +139,11 @@ CkvoMessageWindow::CkvoMessageWindow(const std::string& messageTitle, std::strin
 }
 
 CkvoQuestionWindow::CkvoQuestionWindow(std::string questionText)
-    : CkvoDialog(kMessageWidth, kMessageHeight + 20, "sonorelle"), text(std::move(questionText)) {
+    : CkvoDialog(WidthForText(questionText), kMessageHeight + 20, "sonorelle"),
+      text(std::move(questionText)) {
     AddText(text, w(), h());
-    AddTwoButtons("Yes", "No", w(), h(), confirmed);
+    ConfirmWith(*AddButton("Yes", w() / 2 - kButtonWidth - kMargin / 2, h()), confirmed);
+    AddButton("No", w() / 2 + kMargin / 2, h())->callback(HideWindow);
     end();
 }
 
@@ -128,7 +156,11 @@ CkvoNameWindow::CkvoNameWindow(std::string nameLabel, const std::string& presetT
     input->value(presetText.c_str());
     input->textsize(kTextSize);
     input->position(input->size(), 0); // all of it is selected, and typing replaces it
-    AddTwoButtons("OK", "Cancel", w(), h(), confirmed);
+    const int pair = w() - kMargin - 2 * MarkButton::kMarkWidth - kMargin / 2;
+    auto* cancel = new MarkButton(pair, h(), false);
+    cancel->callback(HideWindow);
+    auto* okay = new MarkButton(pair + MarkButton::kMarkWidth + kMargin / 2, h(), true);
+    ConfirmWith(*okay, confirmed);
     end();
     input->take_focus();
 }

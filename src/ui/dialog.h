@@ -29,6 +29,9 @@ private:
     std::string title;
 };
 
+// For a window that is shown: above the one that a window manager knows around `hostWindow`.
+void KeepAbove(const Fl_Window& window, unsigned long hostWindow);
+
 inline constexpr int kMessageWidth = 300;
 inline constexpr int kMessageHeight = 80;
 
@@ -51,7 +54,10 @@ private:
     bool confirmed = false;
 };
 
-// A line of text to be written.
+inline constexpr const char* kNameCancelTip = "cancel";
+inline constexpr const char* kNameOkayTip = "okay";
+
+// A line of text to be written; a cross to leave it, a tick to take it.
 class CkvoNameWindow final : public CkvoDialog {
 public:
     CkvoNameWindow(std::string nameLabel, const std::string& presetText);

@@ -2,6 +2,7 @@
 
 #include "ui/display.h"
 #include "ui/dropped_text.h"
+#include "ui/native_window.h"
 
 #include <FL/Fl.H>
 #include <FL/x.H>
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <vector>
 
 namespace sonorelle {
 
@@ -24,23 +24,6 @@ constexpr double kPass = 0.02;               // seconds that one pass of the eve
 using Clock = std::chrono::steady_clock;
 
 Atom AtomOf(const char* name) { return XInternAtom(fl_display, name, False); }
-
-std::vector<unsigned long> ReadProperty(Window window, Atom property, Atom type) {
-    Atom found = 0;
-    int format = 0;
-    unsigned long items = 0;
-    unsigned long rest = 0;
-    unsigned char* data = nullptr;
-    std::vector<unsigned long> values;
-    const int result = XGetWindowProperty(fl_display, window, property, 0, 16, False, type, &found, &format,
-                                          &items, &rest, &data);
-    if (result == Success && found == type && format == 32) {
-        const auto* words = reinterpret_cast<const unsigned long*>(data);
-        values.assign(words, words + items);
-    }
-    if (data != nullptr) XFree(data);
-    return values;
-}
 
 class Drag {
 public:
@@ -174,9 +157,9 @@ private:
     }
 
     Target AsTarget(Window window) const {
-        const auto proxies = ReadProperty(window, proxy, XA_WINDOW);
+        const auto proxies = ReadNumbers(window, proxy, XA_WINDOW);
         const Window receiver = proxies.empty() ? window : proxies.front();
-        const auto versions = ReadProperty(receiver, aware, XA_ATOM);
+        const auto versions = ReadNumbers(receiver, aware, XA_ATOM);
         if (versions.empty() || versions.front() < 3) return {};
         return {window, receiver, static_cast<long>(versions.front())};
     }

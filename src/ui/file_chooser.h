@@ -10,6 +10,8 @@
 
 #pragma once
 
+#include <FL/Fl_Widget.H>
+
 #include <memory>
 #include <string>
 
@@ -28,15 +30,19 @@ public:
     kvoNativeFileChooser(const kvoNativeFileChooser&) = delete;
     kvoNativeFileChooser& operator=(const kvoNativeFileChooser&) = delete;
 
-    void Show();
+    // `hostWindow` is the native window that it belongs to; 0: none.
+    void Show(unsigned long hostWindow);
     // The middle of the dialog on the screen; for one that is shown.
     void MoveTo(int centreX, int centreY);
     bool IsShown() const;
     std::string Path() const;
 
 private:
+    static void OnName(Fl_Widget* input, void* chooser);
+
     const std::string title;
     std::unique_ptr<Fl_File_Chooser> dialog;
+    Fl_Callback* completeName = nullptr; // the dialog's own
 };
 
 } // namespace sonorelle

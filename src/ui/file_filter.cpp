@@ -22,4 +22,13 @@ std::string ToolkitFilter(std::string_view filter) {
     return result;
 }
 
+std::string ExtensionOfFilter(std::string_view filter) {
+    const std::size_t tab = filter.find('\t');
+    if (tab == std::string_view::npos) return {};
+    const std::string_view pattern = filter.substr(tab + 1);
+    const bool one =
+        pattern.starts_with("*.") && pattern.find_first_of("*?{}[]\n", 2) == std::string_view::npos;
+    return one && pattern.size() > 2 ? std::string(pattern.substr(1)) : std::string();
+}
+
 } // namespace sonorelle

@@ -17,5 +17,8 @@ inline constexpr const char* kDefaultFilter = "All Files\t*.*";
 
 // Empty counts as kDefaultFilter. "*.*" stands for all files, also those without a dot.
 std::string ToolkitFilter(std::string_view filter);
+// ".wav" of "WAV File\t*.wav": what the names of such files end with. Empty where there is a choice of
+// several.
+std::string ExtensionOfFilter(std::string_view filter);
 
 } // namespace sonorelle

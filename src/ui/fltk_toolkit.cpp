@@ -3,6 +3,7 @@
 #include "ui/dialog.h"
 #include "ui/display.h"
 #include "ui/file_chooser.h"
+#include "ui/file_filter.h"
 #include "ui/main_window.h"
 #include "ui/popup.h"
 #include "ui/progress_window.h"
@@ -58,6 +59,8 @@ public:
 private:
     std::unique_ptr<Dialog> dialog;
 };
+
+std::string NamePart(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
 bool Exists(const std::string& path) {
     std::error_code ignored;
@@ -125,7 +128,7 @@ void CFltkToolkit::RunWhile(const std::function<bool()>& shown) {
     while (true) {
         {
             const ToolkitScope scope;
-            if (!IsDisplayOpen() || !shown()) return;
+            if (!IsDisplayOpen() || !MayAsk() || !shown()) return;
         }
         RunEvents();
         WaitForEvents();
@@ -138,12 +141,14 @@ Placement CFltkToolkit::Centre() const {
     return {Fl::w() / 2, Fl::h() / 2, 0, 0};
 }
 
+unsigned long CFltkToolkit::HostWindow() const { return window != nullptr ? window->HostWindow() : 0; }
+
 void CFltkToolkit::RunDialog(CkvoDialog& dialog) {
+    if (!MayAsk()) return;
     {
         const ToolkitScope scope;
         const Placement middle = Centre();
-        const unsigned long host = window != nullptr ? window->HostWindow() : 0;
-        dialog.OpenAt(middle.x - dialog.w() / 2, middle.y - dialog.h() / 2, host);
+        dialog.OpenAt(middle.x - dialog.w() / 2, middle.y - dialog.h() / 2, HostWindow());
     }
     RunWhile([&] { return dialog.shown() != 0; });
     const ToolkitScope scope;
@@ -174,17 +179,18 @@ std::optional<std::string> CFltkToolkit::AskForName(const std::string& label, co
 
 std::string CFltkToolkit::ChooseFile(const std::string& title, const std::string& filter, bool save,
                                      const std::string& start) {
-    if (!IsInterfaceThread()) return {};
+    if (!IsInterfaceThread() || !MayAsk()) return {};
     const auto kind = save ? kvoNativeFileChooser::Kind::kSave : kvoNativeFileChooser::Kind::kOpen;
     const Shown<kvoNativeFileChooser> chooser(title, filter, kind, start);
     {
         const ToolkitScope scope;
-        chooser->Show();
+        chooser->Show(HostWindow());
         const Placement middle = Centre();
         chooser->MoveTo(middle.x, middle.y);
     }
     RunWhile([&] { return chooser->IsShown(); });
     const ToolkitScope scope;
+    if (!MayAsk()) return {};
     std::string path = chooser->Path();
     if (!path.empty()) folder = std::filesystem::path(path).parent_path().string();
     return path;
@@ -199,19 +205,34 @@ std::string CFltkToolkit::ChooseFileToSave(const std::string& title, const std::
     const std::string place = folder.empty() ? HomeFolder() : folder;
     const std::string start = presetName.starts_with('/') ? presetName : place + "/" + presetName;
     std::string path = ChooseFile(title, filter, true, start);
-    if (path.empty() || !Exists(path)) return path;
-    const std::string name = std::filesystem::path(path).filename().string();
-    return Confirm("\"" + name + "\" exists. Replace it?") ? path : std::string();
+    if (path.empty()) return path;
+    // The question below is about the file that is going to be written.
+    const std::string extension = ExtensionOfFilter(filter);
+    if (NamePart(path).find(extension) == std::string::npos) path += extension;
+    if (!Exists(path)) return path;
+    std::string question("\"");
+    question.append(NamePart(path)).append("\"\nexists. Replace it?");
+    return Confirm(question) ? path : std::string();
+}
+
+// The menu has the grab; it knows no other end than a key or a click.
+void CFltkToolkit::LeaveMenu() {
+    Fl_Window* const menu = Fl::grab();
+    if (menu == nullptr) return;
+    Fl::e_keysym = FL_Escape;
+    menu->handle(FL_KEYBOARD);
 }
 
 // The menu runs the events itself, and knows nothing of the timers.
 void CFltkToolkit::OnMenuTick(void* toolkit) {
-    static_cast<CFltkToolkit*>(toolkit)->RunTimers();
+    auto* const self = static_cast<CFltkToolkit*>(toolkit);
+    if (!self->MayAsk()) LeaveMenu();
+    self->RunTimers();
     Fl::repeat_timeout(kMenuTick, OnMenuTick, toolkit);
 }
 
 std::int32_t CFltkToolkit::ChooseFromMenu(const PopupMenu& menu) {
-    if (!IsInterfaceThread()) return PopupItem::kNothing;
+    if (!IsInterfaceThread() || !MayAsk()) return PopupItem::kNothing;
     const ToolkitScope scope;
     Fl::add_timeout(kMenuTick, OnMenuTick, this);
     const std::int32_t chosen = RunPopup(menu);

@@ -63,6 +63,7 @@ public:
 
     void ActivateMainWindow(bool active) override;
     void RequestRedraw() override { redrawWanted.store(true, std::memory_order_relaxed); }
+    void Abandon() override { abandoned.store(true, std::memory_order_relaxed); }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -72,9 +73,12 @@ private:
         Clock::time_point due;
     };
 
+    bool MayAsk() const { return !abandoned.load(std::memory_order_relaxed); }
     void RunTimers();
+    static void LeaveMenu();
     static void OnMenuTick(void* toolkit);
     Placement Centre() const;
+    unsigned long HostWindow() const; // native; 0: none
     void RunDialog(CkvoDialog& dialog);
     void RunWhile(const std::function<bool()>& shown);
     std::string ChooseFile(const std::string& title, const std::string& filter, bool save,
@@ -83,6 +87,7 @@ private:
     CkvoDNDWindow* window = nullptr;
     std::atomic<std::thread::id> interfaceThread{};
     std::atomic<bool> redrawWanted{false};
+    std::atomic<bool> abandoned{false}; // for good
 
     std::mutex timerLock;
     std::vector<Timer> timers;

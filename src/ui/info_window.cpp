@@ -29,10 +29,10 @@ struct LogoNote {
     float width;
 };
 constexpr std::array<std::array<LogoNote, 4>, 4> kLogoNotes = {{
-    {{{40, 34, 52}, {98, 26, 44}, {148, 30, 60}, {214, 20, 66}}},
-    {{{40, 48, 52}, {98, 44, 44}, {148, 42, 60}, {214, 36, 66}}},
-    {{{40, 60, 52}, {98, 58, 44}, {148, 56, 60}, {214, 52, 66}}},
-    {{{40, 76, 52}, {98, 70, 44}, {148, 74, 60}, {214, 68, 66}}},
+    {{{40, 28, 52}, {98, 20, 44}, {148, 24, 60}, {214, 14, 66}}},
+    {{{40, 42, 52}, {98, 38, 44}, {148, 36, 60}, {214, 30, 66}}},
+    {{{40, 54, 52}, {98, 52, 44}, {148, 50, 60}, {214, 46, 66}}},
+    {{{40, 70, 52}, {98, 64, 44}, {148, 68, 60}, {214, 62, 66}}},
 }};
 
 void DrawPicture() {
@@ -45,7 +45,7 @@ void DrawPicture() {
                                   LerpColour(light, kVoiceColours[voice], 0.7F));
     }
     fl_draw_image(canvas.Data(), 0, 0, kWidth, kPictureHeight);
-    DrawLabel("@b sonorelle", 20, {0, kPictureHeight - 28, kWidth, 26}, LabelAlign::kCentre, kWhite);
+    DrawLabel("@b sonorelle", 20, {0, kPictureHeight - 29, kWidth, 26}, LabelAlign::kCentre, kWhite);
 }
 
 } // namespace

@@ -103,10 +103,10 @@ bool CkvoDNDWindow::OpenInside(unsigned long hostWindow) {
     set_override();
     show();
     const Window own = fl_xid(this);
-    TakeDrops(*this);
     XReparentWindow(fl_display, own, host, 0, 0);
     XMapWindow(fl_display, own);
     XSync(fl_display, False);
+    TakeDrops(*this);
     ForwardKeysOf(*this, host);
     focusWanted = true;
     TakeFocus();
@@ -133,10 +133,12 @@ void CkvoDNDWindow::GiveFocusBack() {
 
 void CkvoDNDWindow::CloseInside() {
     const ToolkitScope scope;
-    if (info != nullptr) info->hide();
+    info.reset();
     progress->hide();
     actions.clear();
     ForwardNoKeysOf(*this);
+    if (IsDisplayOpen()) TakeNoDrops(*this);
+    content->ShowDropHint(false);
     if (!IsOpen()) return;
     Fl_Tooltip::exit(nullptr);
     if (IsDisplayOpen()) GiveFocusBack();
@@ -212,10 +214,13 @@ bool CkvoDNDWindow::TakeDrop(int event) {
     case FL_DND_ENTER:
     case FL_DND_DRAG:
     case FL_DND_RELEASE:
+        content->ShowDropHint(toolbar->TakesInput());
         return toolbar->TakesInput();
     case FL_DND_LEAVE:
+        content->ShowDropHint(false);
         return true;
     case FL_PASTE: {
+        content->ShowDropHint(false);
         const char* text = Fl::event_text();
         std::string dropped =
             TextOfDrop({text != nullptr ? text : "", static_cast<std::size_t>(Fl::event_length())});
@@ -251,8 +256,10 @@ void CkvoDNDWindow::draw() {
     Fl_Double_Window::draw();
 }
 
-// What is being replaced elsewhere is drawn when it is there again.
+// What is being replaced elsewhere is drawn when it is there again. A window that has been moved into another
+// one comes to light there.
 void CkvoDNDWindow::flush() {
+    if ((damage() & (FL_DAMAGE_ALL | FL_DAMAGE_EXPOSE)) != 0) FollowHostWindow(*this);
     const OwnerScope scope(owner);
     if (scope) {
         Fl_Double_Window::flush();

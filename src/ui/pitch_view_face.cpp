@@ -155,13 +155,25 @@ private:
             for (std::size_t i = 1; i < piece.size(); ++i) Line(piece[i - 1], piece[i]);
     }
 
+    // A handle of a marker lies over the ruler's left part; a time stands beside it.
+    std::int32_t BesideHandles(std::int32_t x) const {
+        for (const MarkerDrawing& marker : view.DrawMarkers()) {
+            const std::int32_t right = marker.handle.x + marker.handle.width;
+            if (marker.inSight && x >= marker.handle.x && x < right) return right;
+        }
+        return x;
+    }
+
     void DrawRuler() const {
         const PixelRect ruler = layout.Ruler();
         fl_push_clip(place.x + ruler.x, place.y + ruler.y, ruler.width, ruler.height);
         Fill(ruler, LerpColour(kPanelColour, kWhite, 0.4F));
-        for (const TimeLineDrawing& time : view.DrawSeconds())
-            Text(time.text, {time.x + 2, ruler.y, ruler.width, ruler.height}, LabelAlign::kLeft,
-                 kLabelColour);
+        for (const TimeLineDrawing& time : view.DrawSeconds()) {
+            const std::int32_t left = BesideHandles(time.x) + 2;
+            const PixelRect rest{left, ruler.y, ruler.x + ruler.width - left, ruler.height};
+            if (MeasureLabel(time.text, kSmallText).width <= rest.width)
+                Text(time.text, rest, LabelAlign::kLeft, kLabelColour);
+        }
         for (const BeatLineDrawing& beat : view.DrawBeats()) {
             Use(kStrongLine);
             Down(beat.x, ruler.y + (beat.strong ? 0 : ruler.height / 2), ruler.y + ruler.height);
@@ -169,15 +181,15 @@ private:
         fl_pop_clip();
     }
 
+    // A name only where there is room for all of it.
     void DrawChords() const {
         const PixelRect row = layout.ChordRow();
         fl_push_clip(place.x + row.x, place.y + row.y, row.width, row.height);
         for (const ChordDrawing& chord : view.DrawChords()) {
             Fill(chord.rect, LerpColour(chord.colour, kWhite, 0.45F));
-            Outline(chord.rect, LerpColour(chord.colour, kBlack, 0.3F));
-            fl_push_clip(place.x + chord.rect.x, place.y + chord.rect.y, chord.rect.width, chord.rect.height);
-            Text(chord.name, chord.rect, LabelAlign::kCentre, kLabelColour);
-            fl_pop_clip();
+            if (chord.rect.width > 2) Outline(chord.rect, LerpColour(chord.colour, kBlack, 0.3F));
+            if (MeasureLabel(chord.name, kSmallText).width + 2 <= chord.rect.width)
+                Text(chord.name, chord.rect, LabelAlign::kCentre, kLabelColour);
         }
         fl_pop_clip();
     }

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kRays = 8; // of the spinner: one for each step that it takes
 
-// A cross that turns red under the pointer.
+// A cross that turns red under the pointer. The bar ends where the button begins: its picture keeps away.
 class CancelButton final : public Fl_Button {
 public:
     explicit CancelButton(Placement place) : Fl_Button(place.x, place.y, place.width, place.height) {
@@ -42,11 +42,11 @@ protected:
         const Colour cross = hovered || value() != 0 ? kWhite : ColourFromRgb(0x2b333d);
         const float shade = value() != 0 ? 0.2F : 0.0F;
         CPixelCanvas canvas(w(), h(), kPanelColour);
-        const CanvasBox whole{0, 0, static_cast<float>(w()), static_cast<float>(h())};
-        canvas.FillRoundedBox(whole, 4, LerpColour(LerpColour(base, kWhite, 0.35F), kBlack, shade), base);
-        canvas.StrokeRoundedBox(whole, 4, 1, kFrameColour);
-        canvas.DrawLine({5.5F, 5.5F}, {11.5F, 11.5F}, 1.6F, cross);
-        canvas.DrawLine({11.5F, 5.5F}, {5.5F, 11.5F}, 1.6F, cross);
+        const CanvasBox body{2, 1, static_cast<float>(w() - 2), static_cast<float>(h() - 2)};
+        canvas.FillRoundedBox(body, 4, LerpColour(LerpColour(base, kWhite, 0.35F), kBlack, shade), base);
+        canvas.StrokeRoundedBox(body, 4, 1, kFrameColour);
+        canvas.DrawLine({6.5F, 5.5F}, {12.5F, 11.5F}, 1.6F, cross);
+        canvas.DrawLine({12.5F, 5.5F}, {6.5F, 11.5F}, 1.6F, cross);
         fl_draw_image(canvas.Data(), x(), y(), w(), h());
     }
 
@@ -70,7 +70,7 @@ void DrawSpinner(int degrees) {
 }
 
 void DrawBar(int percent) {
-    CPixelCanvas canvas(kBarPlace.width - 4, kBarPlace.height, kPanelColour);
+    CPixelCanvas canvas(kBarPlace.width, kBarPlace.height, kPanelColour);
     const auto width = static_cast<float>(canvas.Width());
     const auto height = static_cast<float>(canvas.Height());
     canvas.FillRoundedBox({0, 0, width, height}, 4, LerpColour(kPanelColour, kBlack, 0.12F),
@@ -80,11 +80,9 @@ void DrawBar(int percent) {
         canvas.FillRoundedBox({2, 2, filled, height - 4}, 3, LerpColour(kVoiceColours[0], kWhite, 0.45F),
                               kVoiceColours[0]);
     canvas.StrokeRoundedBox({0, 0, width, height}, 4, 1, kFrameColour);
-    const int left = kBarPlace.x + 2;
-    fl_draw_image(canvas.Data(), left, kBarPlace.y, canvas.Width(), canvas.Height());
+    fl_draw_image(canvas.Data(), kBarPlace.x, kBarPlace.y, kBarPlace.width, kBarPlace.height);
     const std::string text = std::to_string(percent) + " %";
-    DrawLabel(text, kTextSize, {left, kBarPlace.y, canvas.Width(), canvas.Height()}, LabelAlign::kCentre,
-              kLabelColour);
+    DrawLabel(text, kTextSize, kBarPlace, LabelAlign::kCentre, kLabelColour);
 }
 
 } // namespace

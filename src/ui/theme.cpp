@@ -170,9 +170,8 @@ Colour ColourOfToolkit(Fl_Color colour) {
     return result;
 }
 
-void DrawFrame(int x, int y, int width, int height, Colour fill) {
-    if (width > 2 * kCorner && height > 2 * kCorner)
-        DrawHighBox(x, y, width, height, {fill, fill, kFrameColour});
+void DrawFrame(int x, int y, int width, int height, Colour fill, Colour line) {
+    if (width > 2 * kCorner && height > 2 * kCorner) DrawHighBox(x, y, width, height, {fill, fill, line});
 }
 
 // Keys go to controls that take them and nowhere else: a button must not answer the host's space bar. The

@@ -16,13 +16,12 @@ namespace sonorelle {
 inline constexpr int kLabelSize = 12; // pixels
 inline constexpr int kTextSize = 11;  // of tips, lists, and what is typed: one less
 
-inline constexpr Colour kWindowColour = ColourFromRgb(0xb9c0ca); // between the frames
-inline constexpr Colour kFrameColour = ColourFromRgb(0x8b94a1);  // the lines of frames and boxes
+inline constexpr Colour kFrameColour = ColourFromRgb(0x8b94a1); // the lines of frames and boxes
 inline constexpr Colour kDisabledColour = ColourFromRgb(0xa3abb5);
 inline constexpr Colour kTipColour = ColourFromRgb(0xfffbe6);
 
 // The rounded box around a panel, or below a picture: flat, with a line around it.
-void DrawFrame(int x, int y, int width, int height, Colour fill);
+void DrawFrame(int x, int y, int width, int height, Colour fill, Colour line = kFrameColour);
 
 void LoadTheme(); // once, when the display is open
 

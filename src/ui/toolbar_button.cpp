@@ -9,6 +9,12 @@
 
 namespace sonorelle {
 
+namespace {
+
+constexpr Colour kLogoColour = ColourFromRgb(0x3a4350);
+
+} // namespace
+
 CkvoToolbarButton::CkvoToolbarButton(const ToolbarEntry& toolbarEntry)
     : Fl_Button(PlaceOf(toolbarEntry).x, PlaceOf(toolbarEntry).y, toolbarEntry.place.width,
                 toolbarEntry.place.height),
@@ -55,10 +61,13 @@ void CkvoToolbarButton::draw() {
     const Colour colour = look == ButtonLook::kDisabled ? kDisabledColour : kLabelColour;
     const Placement place{x(), y() + down, w(), h()};
     if (entry.label != nullptr) DrawLabel(entry.label, kTextSize, place, LabelAlign::kCentre, colour);
-    if (entry.button == ToolbarButton::kLogo)
-        DrawLabel("@b sonorelle", kLabelSize,
-                  {place.x + kLogoSignWidth, place.y, place.width - kLogoSignWidth - 4, place.height},
-                  LabelAlign::kCentre, hovered ? kVoiceColours[0] : ColourFromRgb(0x3a4350));
+    if (entry.button == ToolbarButton::kLogo) {
+        const Placement word{place.x + kLogoSignWidth, place.y, place.width - kLogoSignWidth - 4,
+                             place.height};
+        const Colour awake = hovered ? kVoiceColours[0] : kLogoColour;
+        DrawLabel("@b sonorelle", kLabelSize, word, LabelAlign::kCentre,
+                  look == ButtonLook::kDisabled ? kDisabledColour : awake);
+    }
 }
 
 } // namespace sonorelle

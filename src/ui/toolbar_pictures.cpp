@@ -103,9 +103,9 @@ void DrawCursor(const Pen& pen) {
 // A way out for each voice.
 void DrawVoices(const Pen& pen) {
     for (std::size_t voice = 0; voice < kVoiceColours.size(); ++voice) {
-        const float y = 1 + 3 * static_cast<float>(voice);
-        pen.Line(1.5F, y, 9.5F, y, kVoiceColours[voice]);
-        pen.Triangle({13.5F, y}, {10, y - 1.6F}, {10, y + 1.6F}, kVoiceColours[voice]);
+        const float y = 0.5F + 3 * static_cast<float>(voice); // the middle of a row of pixels
+        pen.Bar(0, y - 0.5F, 10, 1, kVoiceColours[voice]);
+        pen.Triangle({14, y}, {9.5F, y - 1.5F}, {9.5F, y + 1.5F}, kVoiceColours[voice]);
     }
 }
 
@@ -199,9 +199,8 @@ CPixelCanvas DrawToolbarPicture(const ToolbarEntry& entry, ButtonLook look, bool
         canvas.StrokeRoundedBox({0, 0, width, height}, 4, 1, tones.line);
     }
     const float down = look == ButtonLook::kPressed ? 1.0F : 0.0F;
-    DrawPicture(logo ? Pen{canvas, 0, 0.5F + down, false}
-                     : Pen{canvas, 10, 2 + down, look == ButtonLook::kDisabled},
-                entry.button);
+    const bool pale = look == ButtonLook::kDisabled;
+    DrawPicture(logo ? Pen{canvas, 0, 0.5F + down, pale} : Pen{canvas, 10, 2 + down, pale}, entry.button);
     return canvas;
 }
 

@@ -22,5 +22,20 @@ TEST(FileFilter, EmptyEntriesAreLeftOut) {
     EXPECT_EQ(ToolkitFilter("\nMIDI Files\t*.mid\n\n\t*.x\nBad\t"), "MIDI Files (*.mid)");
 }
 
+TEST(FileFilter, OneTypeAloneTellsTheExtension) {
+    EXPECT_EQ(ExtensionOfFilter("WAV File\t*.wav"), ".wav");
+    EXPECT_EQ(ExtensionOfFilter("MIDI File\t*.mid"), ".mid");
+}
+
+TEST(FileFilter, SeveralTypesTellNone) {
+    EXPECT_EQ(ExtensionOfFilter("WAV Files\t*.wav\nAIFF Files\t*.{aif,aiff}"), "");
+    EXPECT_EQ(ExtensionOfFilter("AIFF Files\t*.{aif,aiff}"), "");
+    EXPECT_EQ(ExtensionOfFilter("All Files\t*.*"), "");
+    EXPECT_EQ(ExtensionOfFilter("All Files\t*"), "");
+    EXPECT_EQ(ExtensionOfFilter("Anything"), "");
+    EXPECT_EQ(ExtensionOfFilter(""), "");
+    EXPECT_EQ(ExtensionOfFilter("Odd\t*."), "");
+}
+
 } // namespace
 } // namespace sonorelle

@@ -11,6 +11,8 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <unistd.h>
+#include <vector>
 
 namespace sonorelle::testing {
 namespace {
@@ -54,6 +56,15 @@ Window FindDialog(CHostDisplay& display, int width, int height) {
             found = children[i];
     }
     if (children != nullptr) XFree(children);
+    return found;
+}
+
+Window AwaitDialog(CHostDisplay& display, int width, int height) {
+    Window found = 0;
+    for (int look = 0; look < 500 && found == 0; ++look) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        found = FindDialog(display, width, height);
+    }
     return found;
 }
 
@@ -116,6 +127,42 @@ TEST_F(FltkToolkit, CancelledNameIsNone) {
     user.join();
 }
 
+TEST_F(FltkToolkit, DialogsStayAboveTheHostsWindow) {
+    Open();
+    std::vector<Window> below;
+    const auto look = [&below](int width, int height) {
+        return std::thread([&below, width, height] {
+            CHostDisplay hand;
+            const Window dialog = AwaitDialog(hand, width, height);
+            Focus(hand, dialog);
+            Window hosts = 0;
+            XGetTransientForHint(hand.Get(), dialog, &hosts);
+            below.push_back(hosts);
+            hand.TapKey(XK_Escape);
+        });
+    };
+    std::thread user = look(300, 80);
+    toolkit.ShowMessage("Warning!", "Text");
+    user.join();
+    user = look(620, 420);
+    toolkit.ChooseFileToOpen("Open Audio File", "WAV Files\t*.wav");
+    user.join();
+    EXPECT_EQ(below, (std::vector<Window>{parent, parent}));
+}
+
+TEST_F(FltkToolkit, TickTakesTheNameAndCrossLeavesIt) {
+    Open();
+    for (const bool tick : {true, false}) {
+        std::thread user([tick] {
+            CHostDisplay hand;
+            const XWindowAttributes place = hand.Attributes(AwaitDialog(hand, 300, 95));
+            hand.Click(place.x + (tick ? 270 : 225), place.y + 76);
+        });
+        EXPECT_EQ(toolkit.AskForName("Snapshot:", "Snapshot No. 1").has_value(), tick);
+        user.join();
+    }
+}
+
 TEST_F(FltkToolkit, QuestionTakesReturnForYesAndEscapeForNo) {
     Open();
     for (const bool yes : {true, false}) {
@@ -169,6 +216,106 @@ TEST_F(FltkToolkit, FileDialogIsCancelledWithEscape) {
     EXPECT_EQ(toolkit.ChooseFileToOpen("Open Audio File", "WAV Files\t*.wav"), "");
     user.join();
     EXPECT_EQ(std::filesystem::current_path(), folder);
+}
+
+// Types into the dialog that is shown, and gives back what it answers.
+class FileDialog : public FltkToolkit {
+protected:
+    void SetUp() override {
+        FltkToolkit::SetUp();
+        if (IsSkipped()) return;
+        folder = std::filesystem::temp_directory_path() / ("sonorelle-ui-" + std::to_string(getpid()));
+        std::filesystem::create_directories(folder);
+        std::ofstream(folder / "song.wav") << "old";
+        Open();
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+        FltkToolkit::TearDown();
+    }
+    static std::thread Typist(std::string text) {
+        return std::thread([text = std::move(text)] {
+            CHostDisplay hand;
+            Focus(hand, AwaitDialog(hand, 620, 420));
+            for (const char sign : text)
+                hand.TapKey(sign == '/' ? XK_slash : static_cast<unsigned char>(sign));
+            hand.TapKey(XK_Delete); // what was completed
+            hand.TapKey(XK_Return);
+            for (int look = 0; look < 100 && FindDialog(hand, 620, 420) != 0; ++look)
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            if (FindDialog(hand, 620, 420) != 0) hand.TapKey(XK_Escape); // it has not understood
+        });
+    }
+    std::string OpenTyping(const std::string& text) {
+        std::thread user = Typist(text);
+        std::string path = toolkit.ChooseFileToOpen("Open Audio File", "WAV Files\t*.wav");
+        user.join();
+        return path;
+    }
+
+    std::filesystem::path folder;
+};
+
+TEST_F(FileDialog, WholePathCanBeTyped) {
+    EXPECT_EQ(OpenTyping((folder / "song.wav").string()), (folder / "song.wav").string());
+}
+
+TEST_F(FileDialog, NameIsLookedForInTheFolderThatIsShown) {
+    ASSERT_EQ(OpenTyping((folder / "song.wav").string()), (folder / "song.wav").string());
+    EXPECT_EQ(OpenTyping("song.wav"), (folder / "song.wav").string()) << "the folder of the last choice";
+}
+
+TEST_F(FileDialog, NameToSaveGetsItsExtensionAndNothingIsReplacedUnasked) {
+    std::thread user = Typist((folder / "new").string());
+    EXPECT_EQ(toolkit.ChooseFileToSave("Save as Audio File", "WAV File\t*.wav", "Out.wav"),
+              (folder / "new.wav").string());
+    user.join();
+
+    std::thread writer = Typist((folder / "song").string());
+    bool asked = false;
+    std::thread answer([&] {
+        CHostDisplay hand;
+        const Window question = AwaitDialog(hand, 300, 100);
+        asked = question != 0;
+        if (!asked) return;
+        Focus(hand, question);
+        hand.TapKey(XK_Escape);
+    });
+    EXPECT_EQ(toolkit.ChooseFileToSave("Save as Audio File", "WAV File\t*.wav", "Out.wav"), "");
+    writer.join();
+    answer.join();
+    EXPECT_TRUE(asked);
+}
+
+// What a plug-in does whose host closes it from another thread.
+TEST_F(FltkToolkit, AbandonedQuestionsEndAsCancelledAndNoOtherIsAsked) {
+    Open();
+    const auto abandon = [](CFltkToolkit& asked) {
+        return User([](CHostDisplay&) {}, [&asked](CHostDisplay&) { asked.Abandon(); });
+    };
+    PopupMenu menu;
+    menu.items = {Entry("one", 11)};
+    const std::function<void(CFltkToolkit&)> questions[] = {
+        [](CFltkToolkit& asked) { asked.ShowMessage("Warning!", "Text"); },
+        [](CFltkToolkit& asked) { EXPECT_FALSE(asked.Confirm("Replace it?")); },
+        [](CFltkToolkit& asked) { EXPECT_EQ(asked.AskForName("Name:", "Snapshot 1"), std::nullopt); },
+        [](CFltkToolkit& asked) { EXPECT_EQ(asked.ChooseFileToOpen("Open", "WAV Files\t*.wav"), ""); },
+        [](CFltkToolkit& asked) {
+            EXPECT_EQ(asked.ChooseFileToSave("Save", "WAV Files\t*.wav", "a.wav"), "");
+        },
+        [&](CFltkToolkit& asked) { EXPECT_EQ(asked.ChooseFromMenu(menu), PopupItem::kNothing); }};
+    for (const auto& ask : questions) {
+        CFltkToolkit asked;
+        asked.SetMainWindow(window.get());
+        asked.BeInterfaceThread();
+        std::thread closer = abandon(asked);
+        ask(asked);
+        closer.join();
+        ask(asked); // nobody would end this one
+    }
+    toolkit.SetMainWindow(window.get());
+    EXPECT_TRUE(toolkit.RunEvents());
 }
 
 // --- What needs no window ---

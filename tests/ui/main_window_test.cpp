@@ -391,6 +391,9 @@ void FillWithOneNote(CkvoPitchView& view) {
     view.ResetView();
 }
 
+constexpr int kViewLeft = 264; // in the window
+constexpr int kViewTop = 26 + 56;
+
 TEST_F(MainWindow, StartTextGivesWayToTheNotesOfARecording) {
     ASSERT_TRUE(window->OpenInside(parent));
     ASSERT_TRUE(WaitForPicture());
@@ -407,10 +410,10 @@ TEST_F(MainWindow, StartTextGivesWayToTheNotesOfARecording) {
     WorkFor(0.1);
     ASSERT_EQ(view.DrawNotes().size(), 1U);
     const PixelRect note = view.DrawNotes().front().rect;
-    constexpr int kViewLeft = 262; // in the window
-    constexpr int kViewTop = 82;
     EXPECT_EQ(host->Pixel(parent, kViewLeft + note.x + note.width / 2, kViewTop + note.y + note.height / 2),
               RgbFromColour(view.DrawNotes().front().colour));
+    EXPECT_EQ(view.GetAxes().layout.width, 690);
+    EXPECT_EQ(view.GetAxes().layout.height, 261);
     owner.view = nullptr;
     WorkFor(0.1);
     EXPECT_GT(darkPixels(), 20);
@@ -425,7 +428,7 @@ TEST_F(MainWindow, ViewThatHasChangedIsDrawnAgainWhenAsked) {
     WorkFor(0.3); // until nothing is left to be drawn for other reasons
     const PixelRect note = view.DrawNotes().front().rect;
     const auto pixel = [&] {
-        return host->Pixel(parent, 262 + note.x + note.width / 2, 82 + note.y + note.height / 2);
+        return host->Pixel(parent, kViewLeft + note.x + note.width / 2, kViewTop + note.y + note.height / 2);
     };
     const unsigned long before = pixel();
     view.SetNote(0, 0, 22050, -1, 0, 1, 44100, 1, 0); // silent
@@ -446,15 +449,46 @@ TEST_F(MainWindow, FramesHaveTheirTitles) {
         EXPECT_EQ(window->Content().Frame(i).Title(), titles[i]);
 }
 
-TEST_F(MainWindow, LogoOpensTheVersionAndTheHostsWindowTakesItAway) {
+TEST_F(MainWindow, StartTextIsPaleWhileNothingCanBeLoaded) {
     ASSERT_TRUE(window->OpenInside(parent));
     ASSERT_TRUE(WaitForPicture());
-    ClickButton(ToolbarButton::kLogo);
-    ASSERT_NE(window->Info(), nullptr);
-    EXPECT_NE(window->Info()->shown(), 0);
-    EXPECT_FALSE(window->Info()->HasUpdateButton());
-    window->CloseInside();
-    EXPECT_EQ(window->Info()->shown(), 0);
+    const auto darkest = [this] {
+        unsigned long least = 0xff;
+        for (int y = 200; y < 225; ++y)
+            for (int x = 540; x < 680; ++x) least = std::min(least, host->Pixel(parent, x, y) & 0xffU);
+        return least;
+    };
+    EXPECT_LT(darkest(), 0x20U);
+    toolkit.ActivateMainWindow(false);
+    WorkFor(0.1);
+    EXPECT_GT(darkest(), 0x80U);
+    toolkit.ActivateMainWindow(true);
+    WorkFor(0.1);
+    EXPECT_LT(darkest(), 0x20U);
+}
+
+TEST_F(MainWindow, LogoOpensTheVersionWhichGoesWithTheEditor) {
+    ASSERT_TRUE(window->OpenInside(parent));
+    ASSERT_TRUE(WaitForPicture());
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(window->Info(), nullptr);
+        ClickButton(ToolbarButton::kLogo);
+        ASSERT_NE(window->Info(), nullptr);
+        EXPECT_NE(window->Info()->shown(), 0);
+        EXPECT_FALSE(window->Info()->HasUpdateButton());
+        window->CloseInside();
+        EXPECT_EQ(window->Info(), nullptr);
+        ASSERT_TRUE(window->OpenInside(parent));
+    }
+}
+
+TEST_F(MainWindow, VersionHasAnUpdateButtonWhereThereIsAPage) {
+    const ToolkitScope scope;
+    const CkvoInfoWindow info("V1", "https://example.org/index.php");
+    ASSERT_TRUE(info.HasUpdateButton());
+    ASSERT_EQ(info.children(), 2);
+    EXPECT_STREQ(info.child(1)->label(), "Update");
+    EXPECT_STREQ(info.child(1)->tooltip(), "check if there are any updates available");
 }
 
 TEST_F(MainWindow, ProgressIsSeenInTheMiddleAndCanBeCancelled) {
