@@ -28,6 +28,7 @@
 #include "analysis/melody_analyzer.h"
 #include "app/audio_export.h"
 #include "app/choir_settings_panel.h"
+#include "app/export_dialog.h"
 #include "app/host_parameters.h"
 #include "app/melody_properties.h"
 #include "app/midi_export.h"
@@ -228,8 +229,11 @@ public:
 
     // --- Exports, application_export.cpp ---
 
-    // The menu of the Save button, its dialogs, and what is chosen there.
-    void OpenExportMenu();
+    // What the Save button asks (AskForExport, without a lock), and what then happens, with a window of
+    // progress. Gives what TellOfExport wants; 0, and nothing happens, when another recording has been loaded
+    // meanwhile.
+    ExportQuestion MakeExportQuestion() const;
+    std::int32_t Export(const ExportWish& wish);
     PopupMenu ExportMenu() const;          // what it offers
     std::int32_t ExportVoiceCount() const; // voices in it
     // The play region as 16-bit stereo WAV: one voice (0 to 3), or -1 for all. 0; kCannotWrite;
@@ -372,7 +376,6 @@ private:
     void EndExport(double offset);
     MidiExportSettings MidiSettings() const;
     std::int32_t SaveSound(const std::string& path, std::int32_t voice);
-    void TellOfExport(std::int32_t result);
     void PutOnSelection(const std::string& path, std::int32_t result);
     std::string MakeTempMidiPath(); // empty when there is no folder to make it in
     void RemoveTempMidi();

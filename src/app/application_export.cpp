@@ -3,7 +3,6 @@
 
 #include "app/application.h"
 
-#include "app/voice_controls.h"
 #include "formats/audio_file.h"
 #include "harmony/styles.h"
 #include "platform/file_system.h"
@@ -24,20 +23,7 @@ namespace {
 
 using namespace ConsortierClassic;
 
-constexpr const char* kAllVoicesText = "all voices";
-constexpr const char* kChordsText = "chords";
 constexpr const char* kTempMidiName = "~sonorelle.mid";
-
-// What the entries of the menu give: the voice plus one, 0 for all, and MIDI from kMidiIds on.
-constexpr std::int32_t kMidiIds = 16;
-
-struct FileKind {
-    const char* title;
-    const char* filter;
-    const char* extension;
-};
-constexpr FileKind kSoundFile = {"Save as Audio File", "WAV File\t*.wav", ".wav"};
-constexpr FileKind kMidiFile = {"Save as MIDI File", "MIDI File\t*.mid", ".mid"};
 
 // Does what it was given when it goes out of scope, also by an exception of a progress callback.
 template<class Action>
@@ -52,43 +38,28 @@ private:
     Action action;
 };
 
-PopupItem VoicesSubmenu(const char* text, std::int32_t voiceCount, std::int32_t firstId) {
-    PopupItem submenu{text, PopupItem::kNothing, {{kAllVoicesText, firstId, {}}}};
-    for (std::int32_t voice = 0; voice < voiceCount; ++voice)
-        submenu.children.push_back({kVoiceTitles[static_cast<std::size_t>(voice)], firstId + 1 + voice, {}});
-    return submenu;
-}
-
 } // namespace
 
 // By style and arrangement, as the menus have always listed them.
 std::int32_t CkvovirelaineApp::ExportVoiceCount() const { return VoiceCount(); }
 
 PopupMenu CkvovirelaineApp::ExportMenu() const {
-    PopupMenu menu;
     const SpinGuard guard(wiring.audioLock);
-    const std::int32_t voices = ExportVoiceCount();
-    menu.items.push_back(VoicesSubmenu("Audio", voices, 0));
-    menu.items.push_back(VoicesSubmenu("MIDI", voices, kMidiIds));
-    if (driver.GetStyle() == kStyleIntelligent)
-        menu.items.back().children.push_back({kChordsText, kMidiIds + 1 + voices, {}});
-    return menu;
+    return MakeExportMenu(ExportVoiceCount(), driver.GetStyle() == kStyleIntelligent);
 }
 
-void CkvovirelaineApp::OpenExportMenu() {
-    if (!HasAudio() || driver.IsLive()) return;
-    const std::int32_t chosen = wiring.toolkit.ChooseFromMenu(ExportMenu());
-    if (chosen < 0) return;
-    const bool isMidi = chosen >= kMidiIds;
-    const FileKind& kind = isMidi ? kMidiFile : kSoundFile;
-    const std::string preset = "Out_" + FileStemPart(wiring.audio->GetPath()) + kind.extension;
+ExportQuestion CkvovirelaineApp::MakeExportQuestion() const {
+    if (!HasAudio() || driver.IsLive()) return {};
+    return {ExportMenu(), wiring.audio->GetPath()};
+}
+
+std::int32_t CkvovirelaineApp::Export(const ExportWish& wish) {
+    if (!HasAudio() || wiring.audio->GetPath() != wish.recording) return kOk;
     wiring.toolkit.ActivateMainWindow(false);
-    std::string path = wiring.toolkit.ChooseFileToSave(kind.title, kind.filter, preset);
-    if (!path.empty()) {
-        if (FileNamePart(path).find(kind.extension) == std::string::npos) path += kind.extension;
-        TellOfExport(isMidi ? ExportMidi(path, chosen - kMidiIds - 1) : SaveSound(path, chosen - 1));
-    }
+    const std::int32_t result =
+        wish.isMidi ? ExportMidi(wish.path, wish.voice) : SaveSound(wish.path, wish.voice);
     wiring.toolkit.ActivateMainWindow(true);
+    return result;
 }
 
 // With a progress window, since a long recording takes its time.
@@ -103,11 +74,6 @@ std::int32_t CkvovirelaineApp::SaveSound(const std::string& path, std::int32_t v
     });
     toolkit.CloseProgress();
     return result;
-}
-
-void CkvovirelaineApp::TellOfExport(std::int32_t result) {
-    if (result != kOk && result != CAudioExport::kCancelled)
-        wiring.toolkit.ShowMessage(kErrorTitle, "Could not write file!");
 }
 
 AudioExportSettings CkvovirelaineApp::ExportSettings() const {

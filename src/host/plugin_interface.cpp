@@ -5,6 +5,7 @@
 #include "app/application.h"
 #include "app/toolkit.h"
 #include "host/interface_scope.h"
+#include "platform/result_codes.h"
 
 #include <cstdio>
 #include <utility>
@@ -144,7 +145,17 @@ bool CvirelainePlugIn::WithRecording(const std::function<void(CkvovirelaineApp&)
 }
 
 bool CvirelainePlugIn::PressSave() {
-    return WithRecording([](CkvovirelaineApp& app) { app.OpenExportMenu(); });
+    ExportQuestion toAsk;
+    const auto stillThere = alive;
+    if (!WithRecording([&](CkvovirelaineApp& app) { toAsk = app.MakeExportQuestion(); })) return false;
+    if (!stillThere->load(std::memory_order_relaxed)) return true;
+    // Outside of GuiLock: the host may save its project from another thread while the user thinks.
+    const std::optional<ExportWish> wish = AskForExport(toolkit, toAsk);
+    if (!wish || !stillThere->load(std::memory_order_relaxed)) return true;
+    std::int32_t result = kOk;
+    WithRecording([&](CkvovirelaineApp& app) { result = app.Export(*wish); });
+    if (stillThere->load(std::memory_order_relaxed)) TellOfExport(toolkit, result);
+    return true;
 }
 
 bool CvirelainePlugIn::PressUndo() {

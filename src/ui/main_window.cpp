@@ -24,17 +24,29 @@ namespace {
 // Until it lies in its host's window, it is shown where nobody sees it.
 constexpr int kOutOfSight = -4 * kWindowWidth;
 
+// The time in which a window manager answers to a new window, on a slow display too.
+constexpr std::chrono::milliseconds kManagersTime(500);
+
+// 0: the screen, or a window that is gone.
+Window ParentOf(Window window) {
+    Window root = 0;
+    Window parent = 0;
+    Window* children = nullptr;
+    unsigned count = 0;
+    if (XQueryTree(fl_display, window, &root, &parent, &children, &count) == 0) return 0;
+    if (children != nullptr) XFree(children);
+    return parent != root ? parent : 0;
+}
+
 bool IsWithin(Window window, Window ancestor) {
-    while (window != 0 && window != ancestor) {
-        Window root = 0;
-        Window parent = 0;
-        Window* children = nullptr;
-        unsigned count = 0;
-        if (XQueryTree(fl_display, window, &root, &parent, &children, &count) == 0) return false;
-        if (children != nullptr) XFree(children);
-        window = parent != root ? parent : 0;
-    }
+    while (window != 0 && window != ancestor) window = ParentOf(window);
     return window == ancestor;
+}
+
+// The frame that the window manager has put around it, or itself.
+Window TopOf(Window window) {
+    while (const Window parent = ParentOf(window)) window = parent;
+    return window;
 }
 
 bool CanBeSeen(Window window) {
@@ -119,6 +131,20 @@ void CkvoDNDWindow::TakeFocus() {
     if (!focusWanted || !IsOpen() || !CanBeSeen(fl_xid(this))) return;
     XSetInputFocus(fl_display, fl_xid(this), RevertToParent, CurrentTime);
     focusWanted = false;
+    managersTurn = Clock::now() + kManagersTime;
+}
+
+// A window that has just been shown gets the focus from the window manager, which knows nothing of the window
+// in it. It is taken back once; what the host does with it later is the host's affair.
+void CkvoDNDWindow::TakeFocusFromFrame() {
+    if (Clock::now() >= managersTurn || !IsOpen()) return;
+    Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(fl_display, &focus, &revert);
+    const Window own = fl_xid(this);
+    if (focus <= PointerRoot || IsWithin(focus, own) || !IsWithin(focus, TopOf(own))) return;
+    XSetInputFocus(fl_display, own, RevertToParent, CurrentTime);
+    managersTurn = {};
 }
 
 // Only if it is still here: the user may have gone elsewhere.
@@ -144,12 +170,14 @@ void CkvoDNDWindow::CloseInside() {
     if (IsDisplayOpen()) GiveFocusBack();
     hide();
     XSync(fl_display, False);
+    managersTurn = {};
     host = 0;
 }
 
 void CkvoDNDWindow::Follow() {
     const ToolkitScope scope;
     if (!IsOpen()) return;
+    TakeFocusFromFrame();
     if (std::exchange(pictureMissed, false)) redraw();
     toolbar->Show(owner.GetToolbarLook());
     const OwnerScope entered(owner);

@@ -17,6 +17,7 @@
 
 #include <FL/Fl_Double_Window.H>
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -67,9 +68,11 @@ protected:
     void flush() override;
 
 private:
+    using Clock = std::chrono::steady_clock;
     class OwnerScope;
     bool TakeDrop(int event);
     void TakeFocus();
+    void TakeFocusFromFrame();
     void GiveFocusBack();
 
     CkvoMainWindowOwner& owner;
@@ -83,6 +86,8 @@ private:
     unsigned long previousFocus = 0;
     int previousRevert = 0;
     bool focusWanted = false;
+    // Until then the window manager may give the focus to the host's window.
+    Clock::time_point managersTurn;
     bool pictureMissed = false; // there was something to draw, and it could not be drawn
 };
 

@@ -69,7 +69,7 @@ struct ExportSession : LoadedSession {
     void Save(std::int32_t choice, const std::string& name) {
         toolkit.menuChoice = choice;
         toolkit.savePath = name.empty() ? "" : File(name);
-        app->OpenExportMenu();
+        OpenExportMenu(*app, toolkit);
     }
     Outputs Exported(std::int32_t voice) {
         EXPECT_EQ(app->ExportAudio(File("exported.wav"), voice), kOk);

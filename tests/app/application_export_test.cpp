@@ -102,11 +102,11 @@ TEST(ApplicationExport, OffersTheRecordingsNameBehindOut) {
         CkvovirelaineApp app({toolkit, lock, &audio, store});
         ASSERT_EQ(app.Run(), kOk);
         toolkit.menuChoice = 0;
-        app.OpenExportMenu();
+        OpenExportMenu(app, toolkit);
         EXPECT_FALSE(toolkit.activeInDialog);
         EXPECT_TRUE(toolkit.active);
         toolkit.menuChoice = kFirstMidiChoice;
-        app.OpenExportMenu();
+        OpenExportMenu(app, toolkit);
         EXPECT_THAT(toolkit.presetNames,
                     ElementsAre(std::string("Out_") + stem + ".wav", std::string("Out_") + stem + ".mid"));
         EXPECT_THAT(toolkit.saveTitles, ElementsAre("Save as Audio File", "Save as MIDI File"));

@@ -2,7 +2,7 @@
 //
 //     LoadedSession session;                     // 1 s of six notes, four voices, the analysis in its cache
 //     session.toolkit.menuChoice = 3;
-//     session.app->OpenExportMenu();
+//     OpenExportMenu(*session.app, session.toolkit);
 //     const StereoBlocks heard = session.Play(4096, 64);
 #pragma once
 
@@ -22,6 +22,12 @@
 #include <vector>
 
 namespace sonorelle::test {
+
+// As the Save button does it.
+inline void OpenExportMenu(CkvovirelaineApp& app, CkvoToolkit& toolkit) {
+    if (const auto wish = AskForExport(toolkit, app.MakeExportQuestion()))
+        TellOfExport(toolkit, app.Export(*wish));
+}
 
 // Remembers what it is asked, and answers with what stands in it.
 class AnsweringToolkit : public CkvoToolkit {

@@ -121,6 +121,77 @@ TEST(PlugInToolbar, SaveOpensTheMenuOfExports) {
     EXPECT_EQ(stage.toolkit.menus, 1);
 }
 
+// Saves the session on another thread; 1 when that gave one.
+int SaveElsewhere(CvirelainePlugIn& plugIn) {
+    std::int32_t size = 0;
+    std::thread([&] {
+        const void* data = nullptr;
+        size = plugIn.GetChunk(data, false);
+    }).join();
+    return size > 0 ? 1 : 0;
+}
+
+// A host saves its projects when it likes, and must not wait for a user.
+TEST(PlugInToolbar, WhileSaveAsksTheHostCanSaveTheSession) {
+    PlugInStage stage;
+    stage.LoadSong();
+    stage.toolkit.menuChoice = 0;
+    int saved = 0;
+    stage.toolkit.onQuestion = [&] { saved += SaveElsewhere(*stage.plugIn); };
+    EXPECT_TRUE(stage.plugIn->PressSave());
+    EXPECT_EQ(stage.toolkit.questions, std::vector<std::string>{"Save as Audio File"});
+    EXPECT_EQ(saved, 2); // under the menu, under the dialog
+}
+
+TEST(PlugInToolbar, WhileItTellsOfAFailedExportTheHostCanSaveTheSession) {
+    PlugInStage stage;
+    stage.LoadSong();
+    stage.toolkit.menuChoice = 0;
+    stage.toolkit.answers = {"/nowhere/out.wav"};
+    int saved = 0;
+    stage.toolkit.onMessage = [&] { saved += SaveElsewhere(*stage.plugIn); };
+    EXPECT_TRUE(stage.plugIn->PressSave());
+    EXPECT_EQ(stage.toolkit.messages, std::vector<std::string>{"Error! Could not write file!"});
+    EXPECT_EQ(saved, 1);
+    EXPECT_EQ(stage.toolkit.windowActive, (std::vector<bool>{false, true, false, true, false, true}))
+        << "the load, the dialog, the export";
+}
+
+TEST(PlugInToolbar, ARecordingThatWasLoadedWhileSaveAskedIsNotExportedUnderTheOthersName) {
+    PlugInStage stage;
+    stage.LoadSong();
+    const TemporaryFolder folder;
+    const std::string other = CopyOfSong(folder, "other.wav", true);
+    const std::string out = folder.File("out.wav").string();
+    stage.toolkit.menuChoice = 0;
+    stage.toolkit.answers = {out};
+    std::int32_t loaded = -1;
+    stage.toolkit.onQuestion = [&] {
+        const bool dialogIsOpen = !stage.toolkit.questions.empty();
+        if (dialogIsOpen) loaded = stage.plugIn->LoadAudioFile(other);
+    };
+    EXPECT_TRUE(stage.plugIn->PressSave());
+    EXPECT_EQ(loaded, kOk);
+    EXPECT_FALSE(std::filesystem::exists(out));
+    stage.toolkit.onQuestion = {};
+    stage.toolkit.answers = {out};
+    EXPECT_TRUE(stage.plugIn->PressSave());
+    EXPECT_TRUE(std::filesystem::exists(out));
+}
+
+TEST(PlugInToolbar, APlugInThatGoesWhileSaveAsksDoesNotExport) {
+    PlugInStage stage;
+    stage.LoadSong();
+    stage.toolkit.menuChoice = 0;
+    stage.toolkit.onQuestion = [&] {
+        stage.toolkit.onQuestion = {};
+        stage.plugIn.reset();
+    };
+    CvirelainePlugIn* const plugIn = stage.plugIn.get();
+    EXPECT_TRUE(plugIn->PressSave());
+    EXPECT_EQ(stage.toolkit.questions.size(), 1U);
+}
+
 TEST(PlugInToolbar, TheViewIsFittedToWhatWasPressed) {
     PlugInStage stage;
     stage.LoadSong();

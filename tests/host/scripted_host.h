@@ -100,19 +100,21 @@ public:
     }
     void ShowMessage(const std::string& title, const std::string& text) override {
         messages.push_back(title + " " + text);
+        if (onMessage) onMessage();
     }
     std::string ChooseFileToOpen(const std::string& title, const std::string& filter) override {
         questions.push_back(title);
         filters.push_back(filter);
-        if (onQuestion) onQuestion();
-        if (answers.empty()) return {};
-        std::string answer = answers.front();
-        answers.pop_front();
-        return answer;
+        return NextAnswer();
+    }
+    std::string ChooseFileToSave(const std::string& title, const std::string&, const std::string&) override {
+        questions.push_back(title);
+        return NextAnswer();
     }
     std::int32_t ChooseFromMenu(const PopupMenu&) override {
         ++menus;
-        return PopupItem::kNothing;
+        if (onQuestion) onQuestion();
+        return menuChoice;
     }
     void OpenProgress() override { ++progressWindows; }
     bool IsProgressCancelled() override { return cancelProgress; }
@@ -138,11 +140,22 @@ public:
     std::deque<std::string> answers; // of file dialogs; none left: cancelled
     std::vector<bool> windowActive;
     std::function<void()> onEvents;
-    std::function<void()> onQuestion;
+    std::function<void()> onQuestion; // menus and file dialogs, before they are answered
+    std::function<void()> onMessage;
+    std::int32_t menuChoice = PopupItem::kNothing;
     bool cancelProgress = false;
     int progressWindows = 0;
     int menus = 0;
     int passes = 0;
+
+private:
+    std::string NextAnswer() {
+        if (onQuestion) onQuestion();
+        if (answers.empty()) return {};
+        std::string answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
 };
 
 } // namespace sonorelle::test

@@ -235,6 +235,24 @@ TEST_F(MainWindow, TakesTheFocusWhenItBecomesVisible) {
     host->Destroy(hidden);
 }
 
+// As a window manager does when a window appears.
+TEST_F(MainWindow, TakesTheFocusBackFromAFrameThatHasJustAppeared) {
+    const Window frame = host->MakeWindow(kLeft, kTop, 959, 599, false);
+    ASSERT_TRUE(window->OpenInside(frame));
+    XMapWindow(host->Get(), frame);
+    const Window child = host->OnlyChild(frame);
+    ASSERT_TRUE(WorkUntilTrue([&] { return host->Focus() == child; }));
+    XSetInputFocus(host->Get(), frame, RevertToParent, CurrentTime);
+    host->Sync();
+    EXPECT_TRUE(WorkUntilTrue([&] { return host->Focus() == child; }));
+    XSetInputFocus(host->Get(), frame, RevertToParent, CurrentTime);
+    host->Sync();
+    WorkFor(0.1);
+    EXPECT_EQ(host->Focus(), frame); // the host means it
+    window->CloseInside();
+    host->Destroy(frame);
+}
+
 TEST_F(MainWindow, FocusThatTheUserTookElsewhereStaysThere) {
     const Window elsewhere = host->MakeWindow(0, 0, 20, 20);
     ASSERT_TRUE(window->OpenInside(parent));
