@@ -1,6 +1,6 @@
 // What a plug-in in a host costs: whole blocks through the core, for each number of voices and block length
-// of the host; the loads and saves of a session; a snapshot that a key recalls. A minute of a sung melody,
-// mono, 44.1 kHz.
+// of the host; the loads and saves of a session of more than 500 notes with 32 snapshots; a snapshot that a
+// key recalls. Sung melodies, mono, 44.1 kHz, a minute of them where they are played.
 
 #include "bench_recordings.h"
 #include "side_by_side.h"
@@ -23,6 +23,7 @@ namespace sonorelle::bench {
 namespace {
 
 constexpr double kSeconds = 60.0;
+constexpr double kSessionSeconds = 270.0; // more than 500 notes
 constexpr std::int32_t kFramesOfASecond = 44100;
 
 class Transport final : public CkvoHost {
@@ -43,9 +44,9 @@ public:
 
 class Stage {
 public:
-    explicit Stage(std::int32_t voices = 4, std::int32_t blockFrames = 64)
+    explicit Stage(std::int32_t voices = 4, std::int32_t blockFrames = 64, double seconds = kSeconds)
         : frames(blockFrames), path((folder.Path() / "melody.wav").string()), plugIn(&host, toolkit) {
-        if (!WriteRecording("melody", kSeconds, path)) throw std::runtime_error("no recording");
+        if (!WriteRecording("melody", seconds, path)) throw std::runtime_error("no recording");
         if (plugIn.LoadAudioFile(path) != kOk) throw std::runtime_error("not loaded");
         for (std::int32_t voice = voices; voice < 4; ++voice)
             plugIn.WithApplication([voice](CkvovirelaineApp& app) { app.VoicePanel().ToggleMute(voice); });
@@ -62,6 +63,7 @@ public:
         benchmark::DoNotOptimize(samples[0][0]);
     }
     CvirelainePlugIn& PlugIn() { return plugIn; }
+    std::int32_t NoteCount() { return plugIn.Application()->Driver().GetNoteCount(); }
     std::string Save() {
         const void* data = nullptr;
         const std::int32_t size = plugIn.GetChunk(data, false);
@@ -111,6 +113,14 @@ void PlaySilence(benchmark::State& state) {
 }
 BENCHMARK(PlaySilence);
 
+// A session of more than 500 notes, with as many snapshots as it takes.
+class SessionStage : public Stage {
+public:
+    SessionStage() : Stage(4, 64, kSessionSeconds) {
+        if (NoteCount() < 500) throw std::runtime_error("too few notes");
+    }
+};
+
 void FillSnapshots(Stage& stage) {
     stage.PlugIn().WithApplication([](CkvovirelaineApp& app) {
         for (std::int32_t key = 61; app.SnapshotPanel().CanAdd(); ++key)
@@ -121,25 +131,27 @@ void FillSnapshots(Stage& stage) {
 }
 
 void SaveSession(benchmark::State& state) {
-    Stage stage;
+    SessionStage stage;
     FillSnapshots(stage);
     std::size_t bytes = 0;
     for (auto _ : state) bytes = stage.Save().size();
     state.counters["bytes"] = static_cast<double>(bytes);
+    state.counters["notes"] = stage.NoteCount();
 }
 BENCHMARK(SaveSession)->Unit(benchmark::kMillisecond);
 
 void RestoreSession(benchmark::State& state) {
-    Stage stage;
+    SessionStage stage;
     FillSnapshots(stage);
     const std::string saved = stage.Save();
     for (auto _ : state)
         if (stage.Restore(saved) != 1) state.SkipWithError("not restored");
+    state.counters["notes"] = stage.NoteCount();
 }
 BENCHMARK(RestoreSession)->Unit(benchmark::kMillisecond);
 
 void RecallByKey(benchmark::State& state) {
-    Stage stage;
+    SessionStage stage;
     FillSnapshots(stage);
     VstMidiEvent key;
     key.midiData[0] = 0x90;

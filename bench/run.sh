@@ -68,6 +68,7 @@ run choir_driver_bench --benchmark_min_time=0.1
 run snapshot_bench --benchmark_min_time=0.1
 run state_document_bench --benchmark_min_time=0.1
 run voice_bank_bench --benchmark_min_time=0.3
+run plugin_core_bench --benchmark_min_time=0.2
 
 # medians FILE: "name counter value" for each counter of each median; k, M, m and u behind a number are undone.
 medians() {
@@ -194,3 +195,25 @@ medians "$results/voice_bank_bench.txt" | awk '
     $2 == "median_us" { median[$1] = $3 }
     $2 == "slowest_us" { slowest[$1] = $3; if (!($1 in seen)) { order[++count] = $1; seen[$1] = 1 } }
     END { for (i = 1; i <= count; ++i) printf "  %-58s median %.1f, slowest %.1f\n", order[i], median[order[i]], slowest[order[i]] }'
+
+echo
+echo "The plug-in in a host: whole blocks, CPU time in per cent of the music's, by voices and frames a block"
+medians "$results/plugin_core_bench.txt" | awk '
+    $2 == "percent" { split($1, part, /[:\/]/); voices = part[3]; frames = part[5]
+        if (!(voices in rows)) { rows[voices] = 1; row[++rowCount] = voices }
+        if (!(frames in columns)) { columns[frames] = 1; column[++columnCount] = frames }
+        value[voices, frames] = $3 }
+    END {
+        printf "  %6s", "voices"; for (c = 1; c <= columnCount; ++c) printf " %8s", column[c]; print ""
+        for (r = 1; r <= rowCount; ++r) {
+            printf "  %6s", row[r]; for (c = 1; c <= columnCount; ++c) printf " %8.3f", value[row[r], column[c]]; print ""
+        }
+    }'
+echo "A session of more than 500 notes with 32 snapshots"
+medians "$results/plugin_core_bench.txt" | awk '
+    $2 == "cpu_ms" && $1 ~ /^(SaveSession|RestoreSession|LoadFromCache)$/ {
+        limit = $1 == "SaveSession" ? 50 : $1 == "RestoreSession" ? 300 : 0
+        printf "  %-20s %8.1f ms", $1, $3
+        if (limit) printf "   %.1f times within the %d wanted", limit / $3, limit
+        print "" }
+    $2 == "cpu_ms" && $1 == "RecallByKey" { printf "  %-20s %8.1f microseconds\n", $1, $3 }'

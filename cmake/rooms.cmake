@@ -34,7 +34,8 @@ endfunction()
 # PART_OF FOLDER FILES pattern...: the room is only these files of src/FOLDER, which others may see without the rest of it.
 # WITHOUT prefix: files of the folder that begin so belong to such a part.
 #
-# With SONORELLE_SANITIZED_TWINS, sonorelle_NAME_asan are the same files compiled with sanitizers.
+# With SONORELLE_SANITIZED_TWINS, sonorelle_NAME_asan are the same files compiled with sanitizers, but for those that fit the
+# pattern SONORELLE_PLAIN_IN_TWINS: a program of twins takes these from the room itself.
 function(sonorelle_room name)
   cmake_parse_arguments(ROOM "" "PART_OF;WITHOUT" "USES;SYSTEM;FILES" ${ARGN})
   set(view ${CMAKE_BINARY_DIR}/rooms/${name})
@@ -77,6 +78,9 @@ function(sonorelle_room name)
     target_link_libraries(${target} PRIVATE ${library})
   endforeach()
   if(SONORELLE_SANITIZED_TWINS)
+    if(SONORELLE_PLAIN_IN_TWINS)
+      list(FILTER sources EXCLUDE REGEX "${SONORELLE_PLAIN_IN_TWINS}")
+    endif()
     add_library(${target}_asan OBJECT EXCLUDE_FROM_ALL ${sources})
     target_include_directories(${target}_asan PUBLIC ${view})
     target_link_libraries(${target}_asan PUBLIC sonorelle_asan_flags PRIVATE ${ROOM_SYSTEM})

@@ -18,6 +18,7 @@
 namespace sonorelle {
 namespace {
 
+using test::InSanitizerShare;
 using test::SanitizerShare;
 using test::SavedStateSample;
 using test::UnderSanitizer;
@@ -71,12 +72,15 @@ std::string SmallDocument() {
 }
 
 // A value is taken when its element is met: what is cut off behind it does not matter.
+// Every byte of a document is cut, changed and left out in its turn.
+const std::size_t kBytesToTheNext = UnderSanitizer() ? 11 : 1;
+
 TEST(StateDocumentHostile, CutOffAtEveryLengthItKeepsWhatIsWhole) {
     const std::string document = SmallDocument();
     const SavedState whole = test::ReadSaved(document);
     const std::size_t settingsEnd = document.find("</FileSettings>");
     const std::size_t recordEnd = document.find("</Snapshot_0>");
-    for (std::size_t length = 0; length <= document.size(); ++length) {
+    for (std::size_t length = 0; length <= document.size(); length += kBytesToTheNext) {
         const SavedState read = ReadAll(std::string_view(document).substr(0, length));
         if (length >= settingsEnd) {
             ASSERT_EQ(read.fileSettings, whole.fileSettings) << length;
@@ -91,7 +95,7 @@ TEST(StateDocumentHostile, CutOffAtEveryLengthItKeepsWhatIsWhole) {
 
 TEST(StateDocumentHostile, EachByteChangedIsReadWithoutHarm) {
     const std::string document = SmallDocument();
-    for (std::size_t at = 0; at < document.size(); at += UnderSanitizer() ? 5 : 1)
+    for (std::size_t at = 0; at < document.size(); at += kBytesToTheNext)
         for (const char byte : {'\0', '<', '9'}) {
             std::string changed = document;
             changed[at] = byte;
@@ -102,7 +106,7 @@ TEST(StateDocumentHostile, EachByteChangedIsReadWithoutHarm) {
 
 TEST(StateDocumentHostile, EachByteLeftOutOrDoubledIsReadWithoutHarm) {
     const std::string document = SmallDocument();
-    for (std::size_t at = 0; at < document.size(); at += UnderSanitizer() ? 5 : 1) {
+    for (std::size_t at = 0; at < document.size(); at += kBytesToTheNext) {
         ReadAll(std::string(document).erase(at, 1));
         ReadAll(std::string(document).insert(at, 1, document[at]));
         if (HasFailure()) FAIL() << "byte " << at;
@@ -139,9 +143,11 @@ TEST(StateDocumentHostile, RandomNumbersInEveryKeyAreReadWithoutHarm) {
         "-1",     "0",   "2147483647", "-2147483648",          "2147483648", "1e308",
         "-1e308", "nan", "inf",        "99999999999999999999", "",           "0x10"};
     const std::string document = SmallDocument();
+    int turn = 0;
     for (std::size_t at = document.find("str=\""); at != std::string::npos;
          at = document.find("str=\"", at + 1))
         for (const std::string_view number : kNumbers) {
+            if (!InSanitizerShare(turn++, 5)) continue; // which is no divisor of the number of numbers
             const std::size_t start = at + 5;
             ReadAll(std::string(document).replace(start, document.find('"', start) - start, number));
             if (HasFailure()) FAIL() << "at " << at << ": " << number;
@@ -195,7 +201,7 @@ TEST(StateDocumentHostile, AMegabyteOfAnythingIsReadInTime) {
     for (const std::string_view piece :
          {"<", "</", "<!", "<!--", "<?", "a ", "<a/>", "<a b=\"c\"/>", "</a>", "\"", "]]>", "<a></a>"}) {
         const std::string text =
-            std::string(kPath) + Repeated(piece, SanitizerShare<std::size_t>(1'000'000) / piece.size());
+            std::string(kPath) + Repeated(piece, SanitizerShare<std::size_t>(1'000'000, 10) / piece.size());
         EXPECT_LT(SecondsToRead(text), kMostSeconds) << piece;
     }
 }
