@@ -23,7 +23,7 @@ namespace sonorelle::bench {
 namespace {
 
 constexpr double kSeconds = 60.0;
-constexpr double kSessionSeconds = 270.0; // more than 500 notes
+constexpr double kSessionSeconds = 420.0; // more than 500 notes
 constexpr std::int32_t kFramesOfASecond = 44100;
 
 class Transport final : public CkvoHost {

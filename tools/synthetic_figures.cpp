@@ -17,7 +17,7 @@ constexpr std::array<int, 6> kLowestPitches{37, 43, 48, 53, 59, 64};
 constexpr std::array<int, 7> kRates{11025, 16000, 22050, 32000, 44100, 48000, 96000};
 constexpr std::array<double, 4> kTempi{80.0, 100.0, 120.0, 144.0}; // beats a minute
 
-constexpr int kKeys = 24;
+constexpr int kSungKeys = 24;
 constexpr int kMelodiesPerKey = 5;
 constexpr int kKeyRate = 22050;
 constexpr std::array<double, 2> kKeyTempi{100.0, 160.0};
@@ -121,7 +121,7 @@ MelodySet MeasureMelodies(Hisses hisses, const Progress& progress) {
             settings.beatsPerMinute = kTempi[static_cast<std::size_t>(random.Below(kTempi.size()))];
             settings.seed = random.Next();
             test::MelodyWish wish;
-            wish.key = random.Below(kKeys);
+            wish.key = random.Below(kSungKeys);
             wish.lowestMidiPitch = lowest;
             test::Melody melody = test::RandomDiatonicMelody(wish, random.Next());
             if (hisses == Hisses::kPlosivesInstead) {
@@ -141,16 +141,16 @@ MelodySet MeasureMelodies(Hisses hisses, const Progress& progress) {
 MelodyFigures MeasureKeys(const Progress& progress) {
     MelodyFigures all;
     test::RandomNumbers random(kSeed + 1);
-    for (int i = 0; i < kKeys * kMelodiesPerKey; ++i) {
-        progress(static_cast<std::size_t>(i), kKeys * kMelodiesPerKey);
+    for (int i = 0; i < kSungKeys * kMelodiesPerKey; ++i) {
+        progress(static_cast<std::size_t>(i), kSungKeys * kMelodiesPerKey);
         test::MelodyWish wish;
-        wish.key = i % kKeys;
+        wish.key = i % kSungKeys;
         wish.lowestMidiPitch = kLowestPitches[static_cast<std::size_t>(random.Below(kLowestPitches.size()))];
         test::SingerSettings settings;
         settings.sampleRate = kKeyRate;
         settings.voice = VoiceFor(wish.lowestMidiPitch);
         settings.tuningHertz = RandomTuning(random);
-        settings.beatsPerMinute = kKeyTempi[static_cast<std::size_t>(i / kKeys) % kKeyTempi.size()];
+        settings.beatsPerMinute = kKeyTempi[static_cast<std::size_t>(i / kSungKeys) % kKeyTempi.size()];
         settings.seed = random.Next();
         all += Measure(test::Sing(test::RandomDiatonicMelody(wish, random.Next()), settings));
     }

@@ -1,5 +1,7 @@
 #include "ui/key_forwarding.h"
 
+#include "ui/native_window.h"
+
 #include <FL/Fl.H>
 #include <FL/Fl_Window.H>
 #include <FL/x.H>
@@ -37,12 +39,7 @@ Window ListenerFrom(Window window) {
         XWindowAttributes attributes;
         if (XGetWindowAttributes(fl_display, window, &attributes) == 0) return 0;
         if ((attributes.all_event_masks & KeyPressMask) != 0) return window;
-        Window parent = 0;
-        Window* children = nullptr;
-        unsigned count = 0;
-        if (XQueryTree(fl_display, window, &attributes.root, &parent, &children, &count) == 0) return 0;
-        if (children != nullptr) XFree(children);
-        window = parent != attributes.root ? parent : 0;
+        window = ParentOf(window);
     }
     return 0;
 }

@@ -7,6 +7,7 @@
 #include "ui/dropped_text.h"
 #include "ui/info_window.h"
 #include "ui/key_forwarding.h"
+#include "ui/native_window.h"
 #include "ui/progress_window.h"
 #include "ui/theme.h"
 #include "ui/toolbar.h"
@@ -26,17 +27,6 @@ constexpr int kOutOfSight = -4 * kWindowWidth;
 
 // The time in which a window manager answers to a new window, on a slow display too.
 constexpr std::chrono::milliseconds kManagersTime(500);
-
-// 0: the screen, or a window that is gone.
-Window ParentOf(Window window) {
-    Window root = 0;
-    Window parent = 0;
-    Window* children = nullptr;
-    unsigned count = 0;
-    if (XQueryTree(fl_display, window, &root, &parent, &children, &count) == 0) return 0;
-    if (children != nullptr) XFree(children);
-    return parent != root ? parent : 0;
-}
 
 bool IsWithin(Window window, Window ancestor) {
     while (window != 0 && window != ancestor) window = ParentOf(window);

@@ -4,6 +4,16 @@
 
 namespace sonorelle {
 
+unsigned long ParentOf(unsigned long window) {
+    Window root = 0;
+    Window parent = 0;
+    Window* children = nullptr;
+    unsigned count = 0;
+    if (XQueryTree(fl_display, window, &root, &parent, &children, &count) == 0) return 0;
+    if (children != nullptr) XFree(children);
+    return parent != root ? parent : 0;
+}
+
 unsigned long TopWindowOf(unsigned long window) {
     while (true) {
         Window root = 0;

@@ -9,6 +9,8 @@
 
 namespace sonorelle {
 
+// The window that this one lies in; 0 for one that lies on the screen itself, or is gone.
+unsigned long ParentOf(unsigned long window);
 // The window around this one that a window manager looks after; the outermost one where there is no such
 // manager; 0 for a window that is gone.
 unsigned long TopWindowOf(unsigned long window);
