@@ -26,8 +26,9 @@ public:
         void operator*=(float factor) {
             for (float* score = first; score != last; ++score) *score *= factor;
         }
-        void operator=(float value) {
+        Rows& operator=(float value) {
             for (float* score = first; score != last; ++score) *score = value;
+            return *this;
         }
 
     private:
@@ -62,7 +63,8 @@ public:
 
 private:
     static std::size_t Index(std::int32_t i, std::int32_t j, std::int32_t k) {
-        return static_cast<std::size_t>((i * kMostCandidates + j) * kRowLength + k);
+        const std::int32_t place = (i * kMostCandidates + j) * kRowLength + k;
+        return static_cast<std::size_t>(place);
     }
 
     std::int32_t count = 0;

@@ -147,6 +147,7 @@ bool CsonorelleVST::canDo(const std::string& text) {
 }
 
 const VstTimeInfo* CsonorelleVST::GetTimeInfo(std::int32_t filter) {
+    // The host's answer is an address as a number. NOLINTNEXTLINE(performance-no-int-to-ptr)
     return reinterpret_cast<const VstTimeInfo*>(CallHost(kMasterGetTime, 0, filter, nullptr, 0));
 }
 
